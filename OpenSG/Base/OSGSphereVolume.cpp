@@ -1,0 +1,237 @@
+#include <OpenSG/OSGSphereVolume.h>
+#include <OpenSG/OSGBoxVolume.h>
+#include <OpenSG/OSGLog.h>
+
+#include <cmath>
+#include <string>
+
+namespace osg {
+
+namespace {
+
+/*! The largest singular value of m's upper 3x3: how far the matrix can stretch a unit vector. */
+Real64 largestStretch(const Matrix &m)
+{
+    // Largest eigenvalue of B = A^T A, closed form for symmetric 3x3 matrices.
+    Real64 b[3][3];
+    for(UInt32 i = 0; i < 3; ++i)
+        for(UInt32 j = 0; j < 3; ++j)
+            b[i][j] = Real64(m[i][0]) * m[j][0] + Real64(m[i][1]) * m[j][1] + Real64(m[i][2]) * m[j][2];
+
+    Real64 p1 = b[0][1] * b[0][1] + b[0][2] * b[0][2] + b[1][2] * b[1][2];
+    Real64 lambda;
+    if(p1 == 0)
+    {
+        lambda = std::fmax(b[0][0], std::fmax(b[1][1], b[2][2]));
+    }
+    else
+    {
+        Real64 q  = (b[0][0] + b[1][1] + b[2][2]) / 3;
+        Real64 p2 = (b[0][0] - q) * (b[0][0] - q) + (b[1][1] - q) * (b[1][1] - q) +
+                    (b[2][2] - q) * (b[2][2] - q) + 2 * p1;
+        Real64 p  = std::sqrt(p2 / 6);
+        Real64 c[3][3];
+        for(UInt32 i = 0; i < 3; ++i)
+            for(UInt32 j = 0; j < 3; ++j)
+                c[i][j] = (b[i][j] - (i == j ? q : 0)) / p;
+        Real64 r = (c[0][0] * (c[1][1] * c[2][2] - c[1][2] * c[2][1]) -
+                    c[0][1] * (c[1][0] * c[2][2] - c[1][2] * c[2][0]) +
+                    c[0][2] * (c[1][0] * c[2][1] - c[1][1] * c[2][0])) / 2;
+        r = r < -1 ? -1 : (r > 1 ? 1 : r);
+        lambda = q + 2 * p * std::cos(std::acos(r) / 3);
+    }
+    return std::sqrt(std::fmax(lambda, 0.0));
+}
+
+} // namespace
+
+SphereVolume::SphereVolume(const Pnt3f &c, Real32 r) : Volume(), _center(c), _radius(r)
+{
+    setEmpty(false);
+}
+
+SphereVolume::~SphereVolume(void)
+{
+}
+
+void SphereVolume::setValue(const Pnt3f &c, Real32 r)
+{
+    _center = c;
+    _radius = r;
+    _state  = UInt16((_state | OSGVALID) & ~(OSGEMPTY | OSGINFINITE));
+}
+
+void SphereVolume::setCenter(const Pnt3f &c)
+{
+    setValue(c, _radius);
+}
+
+void SphereVolume::setRadius(Real32 r)
+{
+    setValue(_center, r);
+}
+
+void SphereVolume::getCenter(Pnt3f &center) const
+{
+    center = _center;
+}
+
+Real32 SphereVolume::getScalarVolume(void) const
+{
+    if(isEmpty())
+        return 0.f;
+    if(isInfinite())
+        return Inf;
+    return Real32(4.0 / 3.0 * Pi * Real64(_radius) * _radius * _radius);
+}
+
+void SphereVolume::getBounds(Pnt3f &min, Pnt3f &max) const
+{
+    if(isInfinite())
+    {
+        min.setValues(NegInf, NegInf, NegInf);
+        max.setValues(Inf, Inf, Inf);
+        return;
+    }
+    Vec3f r(_radius, _radius, _radius);
+    min = _center - r;
+    max = _center + r;
+}
+
+void SphereVolume::extendBy(const Pnt3f &pt)
+{
+    if(isUntouchable())
+        return;
+    if(isEmpty())
+    {
+        setValue(pt, 0.f);
+        return;
+    }
+    Vec3f  d    = pt - _center;
+    Real32 dist = d.length();
+    if(dist <= _radius)
+        return;
+    Real32 newRadius = (_radius + dist) * 0.5f;
+    _center += d * ((newRadius - _radius) / dist);
+    _radius  = newRadius;
+}
+
+void SphereVolume::extendBy(const SphereVolume &sphere)
+{
+    switch(extendAction(*this, sphere))
+    {
+        case ExtendNothing:
+            return;
+        case ExtendInfinite:
+            setInfinite();
+            return;
+        case ExtendCopy:
+            setValue(sphere._center, sphere._radius);
+            return;
+        case ExtendUnion:
+            break;
+    }
+    Vec3f  d    = sphere._center - _center;
+    Real32 dist = d.length();
+    if(dist + sphere._radius <= _radius)
+        return;
+    if(dist + _radius <= sphere._radius)
+    {
+        setValue(sphere._center, sphere._radius);
+        return;
+    }
+    Real32 newRadius = (dist + _radius + sphere._radius) * 0.5f;
+    _center += d * ((newRadius - _radius) / dist);
+    _radius  = newRadius;
+}
+
+void SphereVolume::extendBy(const Volume &volume)
+{
+    const Volume &src = resolve(volume);
+    if(const SphereVolume *sphere = dynamic_cast<const SphereVolume *>(&src))
+    {
+        extendBy(*sphere);
+        return;
+    }
+    // Any other kind contributes the sphere around its bounding box, with its own state.
+    SphereVolume around;
+    if(src.isValid() && !src.isEmpty() && !src.isInfinite())
+    {
+        Pnt3f lo, hi;
+        src.getBounds(lo, hi);
+        around.setValue(lo + (hi - lo) * 0.5f, (hi - lo).length() * 0.5f);
+    }
+    around._state = src.getState();
+    extendBy(around);
+}
+
+bool SphereVolume::intersect(const Pnt3f &point) const
+{
+    if(isEmpty())
+        return false;
+    if(isInfinite())
+        return true;
+    return _center.dist2(point) <= _radius * _radius;
+}
+
+bool SphereVolume::intersect(const SphereVolume &sphere) const
+{
+    if(isEmpty() || sphere.isEmpty())
+        return false;
+    if(isInfinite() || sphere.isInfinite())
+        return true;
+    Real32 r = _radius + sphere._radius;
+    return _center.dist2(sphere._center) <= r * r;
+}
+
+bool SphereVolume::intersect(const Volume &volume) const
+{
+    const Volume &src = resolve(volume);
+    if(const SphereVolume *sphere = dynamic_cast<const SphereVolume *>(&src))
+        return intersect(*sphere);
+
+    if(isEmpty() || src.isEmpty())
+        return false;
+    if(isInfinite() || src.isInfinite())
+        return true;
+    // Other kinds by their bounding box: the box point closest to the centre.
+    Pnt3f lo, hi;
+    src.getBounds(lo, hi);
+    Real32 d2 = 0;
+    for(UInt32 i = 0; i < 3; ++i)
+    {
+        Real32 c = osgClamp(lo[i], _center[i], hi[i]);
+        d2 += (c - _center[i]) * (c - _center[i]);
+    }
+    return d2 <= _radius * _radius;
+}
+
+bool SphereVolume::isOnSurface(const Pnt3f &point) const
+{
+    if(isEmpty() || isInfinite())
+        return false;
+    return osgabs(_center.dist(point) - _radius) <= Eps;
+}
+
+void SphereVolume::transform(const Matrix &m)
+{
+    if(isEmpty() || isInfinite())
+        return;
+    m.multMatrixPnt(_center);
+    _radius = Real32(_radius * largestStretch(m));
+}
+
+void SphereVolume::dump(UInt32 uiIndent, const BitVector) const
+{
+    PLOG << std::string(uiIndent, ' ') << "Sphere(" << _center << "|" << _radius << ") "
+         << (isEmpty() ? "empty" : "") << (isInfinite() ? "infinite" : "")
+         << (isStatic() ? " static" : "") << (isValid() ? "" : " invalid") << std::endl;
+}
+
+bool operator==(const SphereVolume &s1, const SphereVolume &s2)
+{
+    return s1.getState() == s2.getState() && s1.getCenter().equals(s2.getCenter(), 0.f) &&
+           s1.getRadius() == s2.getRadius();
+}
+
+} // namespace osg

@@ -1,0 +1,4 @@
+#ifndef _OSGSFMATHTYPES_H_
+#define _OSGSFMATHTYPES_H_
+#include <OpenSG/OSGSFBaseTypes.h>
+#endif

@@ -1,0 +1,4 @@
+#ifndef _OSGSFVECTYPES_H_
+#define _OSGSFVECTYPES_H_
+#include <OpenSG/OSGSFBaseTypes.h>
+#endif

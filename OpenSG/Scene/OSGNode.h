@@ -1,0 +1,86 @@
+#ifndef _OSGNODE_H_
+#define _OSGNODE_H_
+
+#include <OpenSG/OSGNodeBase.h>
+#include <OpenSG/OSGNodeCore.h>
+#include <OpenSG/OSGMatrix.h>
+
+namespace osg {
+
+/*! A scene-graph node. A node references its core and its children; the parent pointer and the
+    core's parent list are back-pointers without references. The operations below maintain both
+    sides; like OpenSG's, they do not record the node's own fields as changed (wrap them in an edit
+    of the fields concerned). */
+class Node : public NodeBase
+{
+  public:
+    typedef NodeBase Inherited;
+
+    /*------------------------- core ---------------------------------------*/
+    /*! References the new core, releases the old one, and invalidates the volume. */
+    void setCore(const NodeCorePtr &core);
+
+    /*------------------------- children -----------------------------------*/
+    UInt32  getNChildren(void) const { return _mfChildren.size(); }
+    /*! NullFC for an index out of range. */
+    NodePtr getChild(UInt32 childIndex) const;
+
+    /*! Appends a child; a child that has a parent (this node included) is moved. */
+    void  addChild    (const NodePtr &childP);
+    /*! Inserts before an index (clamped to the end). */
+    void  insertChild (UInt32 childIndex, const NodePtr &childP);
+    /*! Replaces the child at an index; false for an index out of range or a null child. */
+    bool  replaceChild(UInt32 childIndex, const NodePtr &childP);
+    /*! Replaces one child by another; false when the old one is not a child. */
+    bool  replaceChildBy(const NodePtr &childP, const NodePtr &newChildP);
+    Int32 findChild   (const NodePtr &childP) const;
+    /*! Removes a child (warning when it is not one). */
+    void  subChild    (const NodePtr &childP);
+    void  subChild    (UInt32 childIndex);
+
+    /*------------------------- traversal state ----------------------------*/
+    bool getActive(void) const { return _sfTravMask.getValue() == 0xFFFFFFFFu; }
+    void setActive(bool active);
+
+    bool getFlag(UInt32 flag) const { return (_sfFlags.getValue() & flag) != 0; }
+
+    /*------------------------- transformation -----------------------------*/
+    /*! The parent's to-world matrix (identity at a root) with this node's core applied. */
+    Matrix getToWorld(void);
+    void   getToWorld(Matrix &result);
+
+    /*------------------------- volume -------------------------------------*/
+    using NodeBase::getVolume;
+    const DynamicVolume &getVolume(bool update);
+    DynamicVolume       &editVolume(bool update);
+    /*! Recomputes an invalid volume from the children and the core. */
+    void updateVolume(void);
+    /*! Marks this volume and those above it invalid. */
+    void invalidateVolume(void);
+    /*! The updated volume in world coordinates (transformed by the parent's to-world). */
+    void getWorldVolume(DynamicVolume &result);
+
+    void changed(BitVector whichField, UInt32 origin) override;
+
+  protected:
+    friend class FieldContainer;
+    friend class NodeBase;
+
+    Node(void);
+    Node(const Node &source);
+    ~Node(void) override;
+
+    /*! A copy shares its source's core and attachments (children are not copied). */
+    void onCreate(const Node *source = NULL);
+    void onDestroy(void) override;
+
+  private:
+    void detachFromParent(const NodePtr &childP);
+};
+
+/*! Shares cores; copies the node structure. */
+NodePtr cloneTree(const NodePtr &rootNode);
+
+} // namespace osg
+
+#endif
