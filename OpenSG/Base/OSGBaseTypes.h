@@ -181,6 +181,14 @@ template <> struct TypeTraits<Real128> : public detail::RealTypeTraits<Real128> 
 
 #define TypeConstants TypeTraits
 
+namespace detail {
+
+/*! Logs that function got a null pointer; the caller carries on with a neutral value. Out of
+    line, so that the value headers need not include the log. */
+void warnNullPointer(const Char8 *function);
+
+} // namespace detail
+
 /*---------------------------------------------------------------------------*/
 /*                               Math functions                              */
 

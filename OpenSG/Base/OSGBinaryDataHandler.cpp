@@ -61,6 +61,13 @@ void BinaryDataHandler::putValue(const BitVector &value)
 void BinaryDataHandler::putValue(const std::string &value)
 {
     UInt32 len = UInt32(value.size()) + 1;
+    if(UInt8 *dst = reserveWrite(4 + UInt64(len)))
+    {
+        UInt32 be = detail::hostIsBigEndian() ? len : __builtin_bswap32(len);
+        std::memcpy(dst, &be, 4);
+        std::memcpy(dst + 4, value.c_str(), len);
+        return;
+    }
     putValue(len);
     put(value.c_str(), len);
 }
@@ -125,6 +132,12 @@ bool BinaryDataHandler::getValue(std::string &value)
                   std::to_string(getBytesLeft()) + " bytes left");
         value.clear();
         return false;
+    }
+    if(const UInt8 *src = consumeRead(len))
+    {
+        const char *text = reinterpret_cast<const char *>(src);
+        value.assign(text, ::strnlen(text, len));
+        return true;
     }
     std::string tmp;
     tmp.resize(len);
@@ -253,6 +266,16 @@ UInt64 BinaryDataHandler::read(UInt8 *, UInt64)
     return 0;
 }
 
+UInt8 *BinaryDataHandler::reserveWrite(UInt64)
+{
+    return NULL;
+}
+
+const UInt8 *BinaryDataHandler::consumeRead(UInt64)
+{
+    return NULL;
+}
+
 void BinaryDataHandler::write(const UInt8 *, UInt64)
 {
 }
@@ -331,6 +354,22 @@ UInt64 MemoryBinaryDataHandler::read(UInt8 *dst, UInt64 size)
         std::memcpy(dst, data + _readPos, n);
     _readPos += n;
     return n;
+}
+
+UInt8 *MemoryBinaryDataHandler::reserveWrite(UInt64 size)
+{
+    size_t old = _buffer.size();
+    _buffer.resize(old + size);
+    return _buffer.data() + old;
+}
+
+const UInt8 *MemoryBinaryDataHandler::consumeRead(UInt64 size)
+{
+    if(size > getBytesLeft())
+        return NULL;   // the ordinary path reports the shortage
+    const UInt8 *data = (_readOwn ? _buffer.data() : _readData) + _readPos;
+    _readPos += size;
+    return data;
 }
 
 void MemoryBinaryDataHandler::write(const UInt8 *src, UInt64 size)

@@ -153,6 +153,12 @@ class BinaryDataHandler
     virtual UInt64 read (UInt8 *dst, UInt64 size);
     virtual void   write(const UInt8 *src, UInt64 size);
 
+    /*! Handlers over memory hand out their storage directly, so arrays are swapped in one pass
+        between source and destination: room for size bytes to be written next, or the next size
+        bytes to be read (consumed), or NULL where the handler cannot. */
+    virtual UInt8       *reserveWrite(UInt64 size);
+    virtual const UInt8 *consumeRead (UInt64 size);
+
   private:
     template <class T> void putSwapped(const T &value);
     template <class T> bool getSwapped(T &value);
@@ -186,8 +192,10 @@ class MemoryBinaryDataHandler : public BinaryDataHandler
     UInt64 getBytesLeft() const override;
 
   protected:
-    UInt64 read (UInt8 *dst, UInt64 size) override;
-    void   write(const UInt8 *src, UInt64 size) override;
+    UInt64       read (UInt8 *dst, UInt64 size) override;
+    void         write(const UInt8 *src, UInt64 size) override;
+    UInt8       *reserveWrite(UInt64 size) override;
+    const UInt8 *consumeRead (UInt64 size) override;
 
   private:
     std::vector<UInt8> _buffer;
@@ -238,6 +246,22 @@ template <class T> inline void swapArray(T *values, UInt64 count)
     }
 }
 
+/*! Copies count words from src to dst, reversing the bytes of each. */
+template <class T> inline void swapCopy(UInt8 *dst, const UInt8 *src, UInt64 count)
+{
+    typedef std::conditional_t<sizeof(T) == 2, UInt16,
+            std::conditional_t<sizeof(T) == 4, UInt32, UInt64> > Word;
+    for(UInt64 i = 0; i < count; ++i)
+    {
+        Word w;
+        std::memcpy(&w, src + i * sizeof(Word), sizeof(Word));
+        if constexpr(sizeof(T) == 2)      w = __builtin_bswap16(w);
+        else if constexpr(sizeof(T) == 4) w = __builtin_bswap32(w);
+        else                              w = __builtin_bswap64(w);
+        std::memcpy(dst + i * sizeof(Word), &w, sizeof(Word));
+    }
+}
+
 template <class FieldT>
 class FieldCommit : public BinaryDataHandler::PendingCommit
 {
@@ -277,6 +301,11 @@ template <class T> inline void BinaryDataHandler::putArray(const T *values, UInt
         put(values, count * sizeof(T));
         return;
     }
+    if(UInt8 *dst = reserveWrite(count * sizeof(T)))
+    {
+        detail::swapCopy<T>(dst, reinterpret_cast<const UInt8 *>(values), count);
+        return;
+    }
     // Swap through a bounded scratch block so that large arrays stay cache-friendly.
     constexpr UInt64 Block = 4096 / sizeof(T);
     T scratch[Block];
@@ -293,6 +322,14 @@ template <class T> inline void BinaryDataHandler::putArray(const T *values, UInt
 
 template <class T> inline bool BinaryDataHandler::getArray(T *values, UInt64 count)
 {
+    if(_networkOrder && !detail::hostIsBigEndian() && !_failed)
+    {
+        if(const UInt8 *src = consumeRead(count * sizeof(T)))
+        {
+            detail::swapCopy<T>(reinterpret_cast<UInt8 *>(values), src, count);
+            return true;
+        }
+    }
     if(!get(values, count * sizeof(T)))
         return false;
     if(_networkOrder && !detail::hostIsBigEndian())

@@ -2,6 +2,7 @@
 #include <OpenSG/OSGSphereVolume.h>
 #include <OpenSG/OSGLog.h>
 
+#include <sstream>
 #include <string>
 
 namespace osg {
@@ -230,9 +231,10 @@ void BoxVolume::transform(const Matrix &m)
 
 void BoxVolume::dump(UInt32 uiIndent, const BitVector) const
 {
-    PLOG << std::string(uiIndent, ' ') << "Box(" << _min << "|" << _max << ") "
-         << (isEmpty() ? "empty" : "") << (isInfinite() ? "infinite" : "")
-         << (isStatic() ? " static" : "") << (isValid() ? "" : " invalid") << std::endl;
+    std::ostringstream os;
+    os << std::string(uiIndent, ' ') << "Box(" << _min << "|" << _max << ") [";
+    putState(os, _state);
+    PLOG << os.str() << "]" << std::endl;
 }
 
 bool operator==(const BoxVolume &b1, const BoxVolume &b2)

@@ -97,6 +97,8 @@ class Color3
     {
         if(pVals != NULL)
             setValuesRGB(pVals[0], pVals[1], pVals[2]);
+        else
+            detail::warnNullPointer("Color3");
     }
 
     void clear(void) { _rgb[0] = _rgb[1] = _rgb[2] = ValueTypeT(0); }
@@ -223,6 +225,8 @@ class Color4
     {
         if(pVals != NULL)
             setValuesRGBA(pVals[0], pVals[1], pVals[2], pVals[3]);
+        else
+            detail::warnNullPointer("Color4");
     }
 
     void clear(void) { _rgba[0] = _rgba[1] = _rgba[2] = _rgba[3] = ValueTypeT(0); }

@@ -44,6 +44,8 @@ void DynamicVolume::construct(Type type, const Volume *source)
     }
     else
     {
+        if(type != BOX_VOLUME)
+            SWARNING << "DynamicVolume: unknown volume type " << Int32(type) << "; using a box" << std::endl;
         _type = BOX_VOLUME;
         if(source != NULL)
             new (_volumeMem) BoxVolume(static_cast<const BoxVolume &>(*source));
@@ -90,7 +92,13 @@ void DynamicVolume::setVolumeType(Type type)
 
 void DynamicVolume::morphToType(Type type)
 {
-    if(type == _type || (type != BOX_VOLUME && type != SPHERE_VOLUME))
+    if(type != BOX_VOLUME && type != SPHERE_VOLUME)
+    {
+        SWARNING << "DynamicVolume::morphToType: unknown volume type " << Int32(type) << "; unchanged"
+                 << std::endl;
+        return;
+    }
+    if(type == _type)
         return;
 
     UInt16 state = getInstance().getState();

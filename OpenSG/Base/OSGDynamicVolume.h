@@ -12,7 +12,8 @@ namespace osg {
 class DynamicVolume : public Volume
 {
   public:
-    enum Type
+    // A fixed underlying type: any number read from a file is a defined (if unknown) value.
+    enum Type : UInt32
     {
         BOX_VOLUME    = 0,
         SPHERE_VOLUME = 1

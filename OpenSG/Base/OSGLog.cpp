@@ -86,14 +86,24 @@ class LogStreamBuf : public std::streambuf
         _text.clear();
     }
 
-    bool isActive(void) const { return _active; }
+    /*! A message is open, or text arrived after one was sent (os << std::endl << "more"). */
+    bool isPending(void) const { return _active || !_text.empty(); }
+
+    /*! Continues the pending text without a header. */
+    void resume(void)
+    {
+        if(!_active)
+        {
+            _active = true;
+            _header = false;
+        }
+    }
 
     void finish(void)
     {
-        if(!_active)
-            return;
+        bool header = _active && _header;
         _active = false;
-        if(_text.empty() && !_header)
+        if(_text.empty() && !header)
             return;
 
         LogEntry entry;
@@ -103,8 +113,8 @@ class LogStreamBuf : public std::streambuf
         entry.file   = baseName(_file);
         entry.line   = int(_line);
         entry.text.swap(_text);
-        osgLog().dispatch(entry, _header);
         _text.clear();
+        osgLog().dispatch(entry, header);
     }
 
   protected:
@@ -501,10 +511,13 @@ std::ostream &Log::stream(LogLevel level)
 std::ostream &Log::stream(LogLevel level, const Char8 *module, const Char8 *file, UInt32 line, bool header)
 {
     ThreadLogState &state = threadState();
-    if(state.buf.isActive())
+    if(state.buf.isPending())
     {
         if(!header)
+        {
+            state.buf.resume();
             return state.stream;
+        }
         state.buf.finish();
     }
     // Each message starts with clean formatting, whatever the previous one left behind.
@@ -666,6 +679,12 @@ void Log::removeCapture(LogCapture *capture)
 {
     std::lock_guard<std::mutex> lock(_mutex);
     _captures.erase(std::remove(_captures.begin(), _captures.end(), capture), _captures.end());
+}
+
+void detail::warnNullPointer(const Char8 *function)
+{
+    osgLog().emit(LOG_WARNING, NULL, OSG_LOG_MODULE, NULL, 0,
+                  std::string(function != NULL ? function : "?") + ": null pointer; using a neutral value");
 }
 
 std::ostream &osgStartLog(bool logHeader, LogLevel level, const Char8 *module, const Char8 *file,

@@ -207,7 +207,7 @@ class Log
 /*! The process' log, created on first use and never destroyed. */
 Log &osgLog(void);
 
-/*! Stock entry point of the stream macros: the thread's stream if the level passes, else the nil
+/*! OpenSG's entry point of the stream macros: the thread's stream if the level passes, else the nil
     stream. */
 std::ostream &osgStartLog(bool logHeader, LogLevel level, const Char8 *module, const Char8 *file,
                           UInt32 line);

@@ -151,11 +151,12 @@ class TransformationMatrix
     }
 
     /*! 16 values, column by column unless bTransposed is false (then row by row). A null pointer
-        gives the identity. */
+        gives the identity (and a warning). */
     void setValue(const ValueTypeT *pMat, bool bTransposed = true)
     {
         if(pMat == NULL)
         {
+            detail::warnNullPointer("TransformationMatrix::setValue");
             setIdentity();
             return;
         }
@@ -169,6 +170,7 @@ class TransformationMatrix
     {
         if(pMat == NULL)
         {
+            detail::warnNullPointer("TransformationMatrix::setValue");
             setIdentity();
             return;
         }

@@ -67,7 +67,7 @@ class QuaternionBase
     void setValueAsAxisRad(const ValueTypeT *valsP)
     {
         if(valsP == NULL)
-            setIdentity();
+            nullArgument("QuaternionBase::setValueAsAxisRad");
         else
             setValueAsAxisRad(valsP[0], valsP[1], valsP[2], valsP[3]);
     }
@@ -83,7 +83,7 @@ class QuaternionBase
     void setValueAsAxisDeg(const ValueTypeT *valsP)
     {
         if(valsP == NULL)
-            setIdentity();
+            nullArgument("QuaternionBase::setValueAsAxisDeg");
         else
             setValueAsAxisDeg(valsP[0], valsP[1], valsP[2], valsP[3]);
     }
@@ -99,7 +99,7 @@ class QuaternionBase
     void setValueAsQuat(const ValueTypeT *valsP)
     {
         if(valsP == NULL)
-            setIdentity();
+            nullArgument("QuaternionBase::setValueAsQuat");
         else
             setValueAsQuat(valsP[0], valsP[1], valsP[2], valsP[3]);
     }
@@ -342,6 +342,12 @@ class QuaternionBase
     bool operator!=(const QuaternionBase &other) const { return !(*this == other); }
 
   private:
+    void nullArgument(const Char8 *function)
+    {
+        detail::warnNullPointer(function);
+        setIdentity();
+    }
+
     static QuaternionBase hamilton(const QuaternionBase &a, const QuaternionBase &b)
     {
         const ValueTypeT *p = a._quat, *q = b._quat;

@@ -3,6 +3,7 @@
 #include <OpenSG/OSGLog.h>
 
 #include <cmath>
+#include <sstream>
 #include <string>
 
 namespace osg {
@@ -223,9 +224,10 @@ void SphereVolume::transform(const Matrix &m)
 
 void SphereVolume::dump(UInt32 uiIndent, const BitVector) const
 {
-    PLOG << std::string(uiIndent, ' ') << "Sphere(" << _center << "|" << _radius << ") "
-         << (isEmpty() ? "empty" : "") << (isInfinite() ? "infinite" : "")
-         << (isStatic() ? " static" : "") << (isValid() ? "" : " invalid") << std::endl;
+    std::ostringstream os;
+    os << std::string(uiIndent, ' ') << "Sphere(" << _center << "|" << _radius << ") [";
+    putState(os, _state);
+    PLOG << os.str() << "]" << std::endl;
 }
 
 bool operator==(const SphereVolume &s1, const SphereVolume &s2)

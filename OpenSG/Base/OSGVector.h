@@ -46,7 +46,7 @@ class Point
 
     constexpr Point(void) : _values{} {}
 
-    /*! Reads SizeI values; a null pointer gives the origin. */
+    /*! Reads SizeI values; a null pointer gives the origin (and a warning). */
     explicit Point(const ValueTypeT *pVals) : _values{} { setValue(pVals); }
 
     /*! Size and type conversion: copies the common components, zero-fills the rest. */
@@ -92,8 +92,14 @@ class Point
 
     void setValue(const ValueTypeT *pVals)
     {
+        if(pVals == NULL)
+        {
+            detail::warnNullPointer("Point::setValue");
+            setNull();
+            return;
+        }
         for(UInt32 i = 0; i < SizeI; ++i)
-            _values[i] = pVals != NULL ? pVals[i] : ValueTypeT(0);
+            _values[i] = pVals[i];
     }
 
     /*! Numbers separated by blanks or commas; missing or unreadable ones are zero. */
@@ -102,7 +108,10 @@ class Point
     {
         setNull();
         if(szString == NULL)
+        {
+            detail::warnNullPointer("Point::setValueFromCString");
             return;
+        }
         const Char8 *p = szString;
         for(UInt32 i = 0; i < SizeI; ++i)
         {

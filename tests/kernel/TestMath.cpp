@@ -1,5 +1,6 @@
 #include <OpenSG/OSGBaseTypes.h>
 #include <OpenSG/OSGColor.h>
+#include <OpenSG/OSGLog.h>
 #include <OpenSG/OSGMatrix.h>
 #include <OpenSG/OSGQuaternion.h>
 #include <OpenSG/OSGReal16.h>
@@ -25,13 +26,6 @@ const Real32 Tol = 1e-5f;
 UInt16 halfBits(float f)
 {
     return Real16(f).bits();
-}
-
-float fromBits(UInt32 bits)
-{
-    float f;
-    std::memcpy(&f, &bits, sizeof(f));
-    return f;
 }
 
 ::testing::AssertionResult near3(const Vec3f &a, const Vec3f &b, Real32 tol = Tol)
@@ -165,6 +159,13 @@ TEST(Real16, EveryHalfSurvivesARoundTrip)
 }
 
 #if defined(__FLT16_MAX__)
+static float fromBits(UInt32 bits)
+{
+    float f;
+    std::memcpy(&f, &bits, sizeof(f));
+    return f;
+}
+
 TEST(Real16, MatchesTheCompilersHalfConversion)
 {
     std::mt19937 rng(99);
@@ -238,12 +239,28 @@ TEST(Vector, LayoutAndCopying)
     std::memcpy(raw.data(), pts.data(), raw.size() * sizeof(Real32));
     EXPECT_EQ(raw[3 * 500 + 2], 1500.0f);
     std::vector<Pnt3f> back(pts.size());
-    std::memcpy(back.data(), raw.data(), raw.size() * sizeof(Real32));
+    std::memcpy(static_cast<void *>(back.data()), raw.data(), raw.size() * sizeof(Real32));
     EXPECT_EQ(back[999], Pnt3f(999, 1998, 2997));
 
     EXPECT_EQ(Vec3f().length(), 0.0f);
     EXPECT_EQ(Pnt3f::Null, Pnt3f(0, 0, 0));
-    EXPECT_EQ(Vec3f(0), Vec3f::Null);       // null pointer: the origin, not a crash
+}
+
+TEST(Vector, NullPointersGiveNeutralValuesAndAWarning)
+{
+    LogCapture capture;
+    EXPECT_EQ(Vec3f(0), Vec3f::Null);       // the origin, not a crash
+    Matrix m;
+    m.setScale(2);
+    m.setValue(static_cast<const Real32 *>(NULL));
+    EXPECT_EQ(m, Matrix());
+    Quaternion q(Vec3f(1, 0, 0), 1);
+    q.setValueAsQuat(static_cast<const Real32 *>(NULL));
+    EXPECT_EQ(q, Quaternion());
+    EXPECT_EQ(Color3f(static_cast<const Real32 *>(NULL)), Color3f());
+    ASSERT_EQ(capture.count(), 4u);
+    EXPECT_EQ(capture.entries()[1].text, "TransformationMatrix::setValue: null pointer; using a neutral value");
+    EXPECT_EQ(capture.entries()[1].level, LOG_WARNING);
 }
 
 TEST(Vector, ConversionAndAccess)

@@ -80,7 +80,10 @@ TEST(Volume, BoxExtendByPoint)
     inf.setInfinite();
     inf.extendBy(Pnt3f(5, 5, 5));
     EXPECT_TRUE(inf.isInfinite());
-    EXPECT_EQ(inf.getMax(), Pnt3f(Inf, Inf, Inf));     // bounds of an infinite volume
+    Pnt3f lo, hi;
+    inf.getBounds(lo, hi);                           // bounds of an infinite volume
+    EXPECT_EQ(lo, Pnt3f(NegInf, NegInf, NegInf));
+    EXPECT_EQ(hi, Pnt3f(Inf, Inf, Inf));
 }
 
 TEST(Volume, BoxExtendByVolume)
@@ -299,6 +302,16 @@ TEST(Volume, DynamicTypeChangesCopiesAndEquality)
     EXPECT_TRUE(d == DynamicVolume(DynamicVolume::SPHERE_VOLUME));
     EXPECT_FALSE(DynamicVolume(DynamicVolume::BOX_VOLUME) == DynamicVolume(DynamicVolume::SPHERE_VOLUME));
 
+    {
+        LogCapture capture;
+        DynamicVolume bad(static_cast<DynamicVolume::Type>(7));
+        EXPECT_EQ(bad.getType(), DynamicVolume::BOX_VOLUME);
+        bad.morphToType(static_cast<DynamicVolume::Type>(-1));
+        EXPECT_EQ(bad.getType(), DynamicVolume::BOX_VOLUME);
+        EXPECT_EQ(capture.count(), 2u);
+        EXPECT_TRUE(capture.contains("unknown volume type 7"));
+    }
+
     std::ostringstream os;
     os << copy;
     EXPECT_EQ(os.str(), "box (0, 0, 0) (5, 5, 5) [valid]");
@@ -309,5 +322,5 @@ TEST(Volume, DumpWritesThroughTheLog)
     LogCapture capture;
     BoxVolume(0, 0, 0, 1, 2, 3).dump(2);
     ASSERT_EQ(capture.count(), 1u);
-    EXPECT_EQ(capture.entries()[0].text, "  Box(0, 0, 0|1, 2, 3) ");
+    EXPECT_EQ(capture.entries()[0].text, "  Box(0, 0, 0|1, 2, 3) [valid]");
 }
