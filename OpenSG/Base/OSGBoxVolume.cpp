@@ -1,5 +1,6 @@
 #include <OpenSG/OSGBoxVolume.h>
 #include <OpenSG/OSGSphereVolume.h>
+#include <OpenSG/OSGLine.h>
 #include <OpenSG/OSGLog.h>
 
 #include <sstream>
@@ -201,6 +202,16 @@ bool BoxVolume::isOnSurface(const Pnt3f &point) const
             return true;
     }
     return false;
+}
+
+bool BoxVolume::intersect(const Line &line) const
+{
+    return line.intersect(*this);
+}
+
+bool BoxVolume::intersect(const Line &line, Real32 &enter, Real32 &exit) const
+{
+    return line.intersect(*this, enter, exit);
 }
 
 void BoxVolume::transform(const Matrix &m)

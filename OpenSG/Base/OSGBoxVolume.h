@@ -53,6 +53,8 @@ class BoxVolume : public Volume
     bool intersect  (const Volume    &volume) const override;
     bool intersect  (const BoxVolume &bb)     const;
     bool isOnSurface(const Pnt3f     &point)  const override;
+    bool intersect  (const Line      &line)   const override;
+    bool intersect  (const Line      &line, Real32 &enter, Real32 &exit) const override;
 
     /*---------------------------- transform ------------------------------*/
 

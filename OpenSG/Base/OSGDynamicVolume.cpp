@@ -1,4 +1,5 @@
 #include <OpenSG/OSGDynamicVolume.h>
+#include <OpenSG/OSGLine.h>
 #include <OpenSG/OSGLog.h>
 
 #include <new>
@@ -190,6 +191,16 @@ bool DynamicVolume::intersect(const Volume &volume) const
 bool DynamicVolume::isOnSurface(const Pnt3f &point) const
 {
     return getInstance().isOnSurface(point);
+}
+
+bool DynamicVolume::intersect(const Line &line) const
+{
+    return getInstance().intersect(line);
+}
+
+bool DynamicVolume::intersect(const Line &line, Real32 &enter, Real32 &exit) const
+{
+    return getInstance().intersect(line, enter, exit);
 }
 
 void DynamicVolume::transform(const Matrix &matrix)

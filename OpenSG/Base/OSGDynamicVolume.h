@@ -62,6 +62,8 @@ class DynamicVolume : public Volume
     bool intersect  (const Pnt3f  &point)  const override;
     bool intersect  (const Volume &volume) const override;
     bool isOnSurface(const Pnt3f  &point)  const override;
+    bool intersect  (const Line   &line)   const override;
+    bool intersect  (const Line   &line, Real32 &enter, Real32 &exit) const override;
 
     void transform(const Matrix &matrix) override;
 

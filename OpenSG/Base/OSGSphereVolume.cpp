@@ -1,5 +1,6 @@
 #include <OpenSG/OSGSphereVolume.h>
 #include <OpenSG/OSGBoxVolume.h>
+#include <OpenSG/OSGLine.h>
 #include <OpenSG/OSGLog.h>
 
 #include <cmath>
@@ -212,6 +213,16 @@ bool SphereVolume::isOnSurface(const Pnt3f &point) const
     if(isEmpty() || isInfinite())
         return false;
     return osgabs(_center.dist(point) - _radius) <= Eps;
+}
+
+bool SphereVolume::intersect(const Line &line) const
+{
+    return line.intersect(*this);
+}
+
+bool SphereVolume::intersect(const Line &line, Real32 &enter, Real32 &exit) const
+{
+    return line.intersect(*this, enter, exit);
 }
 
 void SphereVolume::transform(const Matrix &m)

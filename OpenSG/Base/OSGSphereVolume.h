@@ -38,6 +38,8 @@ class SphereVolume : public Volume
     bool intersect  (const Volume       &volume) const override;
     bool intersect  (const SphereVolume &sphere) const;
     bool isOnSurface(const Pnt3f        &point)  const override;
+    bool intersect  (const Line         &line)   const override;
+    bool intersect  (const Line         &line, Real32 &enter, Real32 &exit) const override;
 
     /*! Moves the centre and scales the radius by the largest stretch of the matrix' 3x3, so the
         result holds the transformed sphere; empty and infinite spheres stay. */

@@ -9,6 +9,8 @@
 
 namespace osg {
 
+class Line;
+
 /*! Bounding volume base. The state bits say whether the volume is valid (up to date), empty,
     static (kept as set: setValid and extendBy leave it alone) or infinite; a new volume is valid
     and empty. */
@@ -102,6 +104,11 @@ class Volume
     virtual bool intersect  (const Pnt3f  &point)  const = 0;
     virtual bool intersect  (const Volume &volume) const = 0;
     virtual bool isOnSurface(const Pnt3f  &point)  const = 0;
+
+    /*! Whether the line (a half-line, see Line) meets the volume. */
+    virtual bool intersect(const Line &line) const = 0;
+    /*! Also the parameters where the line enters and leaves the volume. */
+    virtual bool intersect(const Line &line, Real32 &enter, Real32 &exit) const = 0;
 
     /*---------------------------- transformation -------------------------*/
 

@@ -1,5 +1,11 @@
 #include <OpenSG/OSGNode.h>
+#include <OpenSG/OSGAttachment.h>
+#include <OpenSG/OSGBinaryDataHandler.h>
+#include <OpenSG/OSGFieldContainerFactory.h>
 #include <OpenSG/OSGLog.h>
+
+#include <sstream>
+#include <unordered_map>
 
 namespace osg {
 
@@ -193,6 +199,28 @@ void Node::setActive(bool active)
     _sfTravMask.setValue(active ? 0xFFFFFFFFu : 0u);
 }
 
+bool Node::setFlag(UInt32 flag, bool on)
+{
+    UInt32 old = _sfFlags.getValue();
+    _sfFlags.setValue(on ? (old | flag) : (old & ~flag));
+    return _sfFlags.getValue() != old;
+}
+
+NodePtr Node::clone(void)
+{
+    NodePtr copy = Node::create();
+    if(copy == NullFC)
+        return copy;
+    const BitVector mask = CoreFieldMask | TravMaskFieldMask | OcclusionMaskFieldMask | FlagsFieldMask;
+    beginEditCP(copy, mask);
+    copy->setCore(_sfCore.getValue());
+    copy->setTravMask(_sfTravMask.getValue());
+    copy->setOcclusionMask(_sfOcclusionMask.getValue());
+    copy->setFlags(_sfFlags.getValue());
+    endEditCP(copy, mask);
+    return copy;
+}
+
 Matrix Node::getToWorld(void)
 {
     Matrix m;
@@ -329,6 +357,161 @@ NodePtr cloneTree(const NodePtr &rootNode)
         copy->addChild(cloneTree(rootNode->getChild(i)));
     endEditCP(copy, Node::CoreFieldMask | Node::ChildrenFieldMask | Node::TravMaskFieldMask);
     return copy;
+}
+
+namespace {
+
+/*! Copies containers through their binary form: while a copy reads its fields, the factory's id
+    mapper turns every container id it meets into the id of that container's copy, making the
+    copy first if needed. */
+class DeepCloner : public FieldContainerMapper
+{
+  public:
+    explicit DeepCloner(const std::vector<std::string> &shareTypes)
+        : _shareTypes(), _previous(FieldContainerFactory::the()->getMapper())
+    {
+        for(const std::string &name : shareTypes)
+        {
+            const FieldContainerType *type = FieldContainerFactory::the()->findType(name.c_str());
+            if(type != NULL)
+                _shareTypes.push_back(type);
+            else
+                SWARNING << "deepClone: unknown type \"" << name << "\" to share" << std::endl;
+        }
+        FieldContainerFactory::the()->setMapper(this);
+    }
+    ~DeepCloner() override { FieldContainerFactory::the()->setMapper(_previous); }
+
+    DeepCloner(const DeepCloner &) = delete;
+    DeepCloner &operator=(const DeepCloner &) = delete;
+
+    bool isShared(const FieldContainerPtr &fc) const
+    {
+        for(const FieldContainerType *type : _shareTypes)
+        {
+            if(fc->getType().isDerivedFrom(*type))
+                return true;
+        }
+        return false;
+    }
+
+    FieldContainerPtr clone(const FieldContainerPtr &src)
+    {
+        if(src == NullFC)
+            return src;
+        auto known = _copies.find(src.getFieldContainerId());
+        if(known != _copies.end())
+            return known->second;
+
+        const FieldContainerType &type = src->getType();
+        FieldContainerPtr dst = type.createFieldContainer();
+        if(dst == NullFC)
+        {
+            SWARNING << "deepClone: cannot create a container of type " << type.getName()
+                     << std::endl;
+            return dst;
+        }
+        _copies[src.getFieldContainerId()] = dst;
+
+        BitVector mask;
+        for(UInt32 id = 1; id <= type.getNumFieldDescs(); ++id)
+        {
+            const FieldDescription *desc = type.getFieldDescription(id);
+            if(desc != NULL && !desc->isInternal())
+                mask |= desc->getFieldMask();
+        }
+
+        MemoryBinaryDataHandler data;
+        src->copyToBin(data, mask);
+        data.rewind();
+        beginEditCP(dst, mask, ChangedOrigin::Abstract | ChangedOrigin::AbstrIncRefCount);
+        dst->copyFromBin(data, mask);
+        endEditCP(dst, mask, ChangedOrigin::Abstract | ChangedOrigin::AbstrIncRefCount);
+        return dst;
+    }
+
+    UInt32 map(UInt32 id) override
+    {
+        FieldContainerPtr src = FieldContainerFactory::the()->getContainer(id);
+        if(src == NullFC || isShared(src))
+            return id;
+        return clone(src).getFieldContainerId();
+    }
+
+  private:
+    std::vector<const FieldContainerType *>       _shareTypes;
+    FieldContainerMapper                         *_previous;
+    std::unordered_map<UInt32, FieldContainerPtr> _copies;
+};
+
+std::vector<std::string> splitTypeNames(const std::string &names)
+{
+    std::vector<std::string> out;
+    std::string              current;
+    for(char ch : names)
+    {
+        if(ch == ',' || ch == ' ' || ch == '\t' || ch == '\n')
+        {
+            if(!current.empty())
+                out.push_back(current);
+            current.clear();
+        }
+        else
+            current += ch;
+    }
+    if(!current.empty())
+        out.push_back(current);
+    return out;
+}
+
+} // namespace
+
+FieldContainerPtr deepClone(const FieldContainerPtr &src, const std::vector<std::string> &shareTypes)
+{
+    if(src == NullFC)
+        return src;
+    DeepCloner cloner(shareTypes);
+    return cloner.clone(src);
+}
+
+FieldContainerPtr deepClone(const FieldContainerPtr &src, const std::string &shareTypes)
+{
+    return deepClone(src, splitTypeNames(shareTypes));
+}
+
+NodePtr deepCloneTree(const NodePtr &src, const std::vector<std::string> &shareTypes)
+{
+    return NodePtr::dcast(deepClone(src, shareTypes));
+}
+
+NodePtr deepCloneTree(const NodePtr &src, const std::string &shareTypes)
+{
+    return NodePtr::dcast(deepClone(src, splitTypeNames(shareTypes)));
+}
+
+void deepCloneAttachments(const AttachmentContainerPtr   &src,
+                          const AttachmentContainerPtr   &dst,
+                          const std::vector<std::string> &shareTypes)
+{
+    if(src == NullFC || dst == NullFC)
+        return;
+    // A snapshot: src and dst may be the same container.
+    AttachmentMap attachments = src->getAttachments();
+    if(attachments.empty())
+        return;
+
+    DeepCloner cloner(shareTypes);
+    beginEditCP(dst, AttachmentContainer::AttachmentsFieldMask);
+    for(const auto &entry : attachments)
+    {
+        if(entry.second == NullFC)
+            continue;
+        AttachmentPtr copy = cloner.isShared(entry.second)
+                                 ? entry.second
+                                 : AttachmentPtr::dcast(cloner.clone(entry.second));
+        dst->addAttachment(copy, UInt16(entry.first & 0xFFFFu));
+    }
+    endEditCP(dst, AttachmentContainer::AttachmentsFieldMask);
 }
 
 } // namespace osg

@@ -5,6 +5,9 @@
 #include <OpenSG/OSGNodeCore.h>
 #include <OpenSG/OSGMatrix.h>
 
+#include <string>
+#include <vector>
+
 namespace osg {
 
 /*! A scene-graph node. A node references its core and its children; the parent pointer and the
@@ -42,7 +45,16 @@ class Node : public NodeBase
     bool getActive(void) const { return _sfTravMask.getValue() == 0xFFFFFFFFu; }
     void setActive(bool active);
 
+    /*! Whether any bit of flag is set. */
     bool getFlag(UInt32 flag) const { return (_sfFlags.getValue() & flag) != 0; }
+    /*! Sets (on) or clears the bits of flag; true if the flags changed. Not recorded (wrap it in
+        an edit of FlagsFieldMask). */
+    bool setFlag(UInt32 flag, bool on);
+
+    /*------------------------- copies -------------------------------------*/
+    /*! A new node sharing this node's core, with its travMask, occlusion mask and flags; no
+        children, no attachments. */
+    NodePtr clone(void);
 
     /*------------------------- transformation -----------------------------*/
     /*! The parent's to-world matrix (identity at a root) with this node's core applied. */
@@ -78,8 +90,35 @@ class Node : public NodeBase
     void detachFromParent(const NodePtr &childP);
 };
 
-/*! Shares cores; copies the node structure. */
+/*! Copies the node structure with each node's travMask; the cores are shared, attachments are
+    not copied. */
 NodePtr cloneTree(const NodePtr &rootNode);
+
+/*! A deep copy of a container: a new container of the same type with the values of all fields
+    that are not internal, and, in place of every container it points to, a deep copy of that
+    one, unless the pointee's type is or derives from one of shareTypes (type names), in which
+    case the copy points to the original. A container reached twice is copied once, so shared
+    structure and cycles are kept. Back-pointers (internal fields such as a node's parent) are
+    not followed; the copies take their references as a loaded scene does (the edit that ends
+    each copy has the origin Abstract|AbstrIncRefCount), and each copy's edit is recorded.
+    NullFC for a null source. */
+FieldContainerPtr deepClone(const FieldContainerPtr        &src,
+                            const std::vector<std::string> &shareTypes = std::vector<std::string>());
+/*! shareTypes as a list of names separated by commas or blanks. */
+FieldContainerPtr deepClone(const FieldContainerPtr &src, const std::string &shareTypes);
+
+/*! deepClone of a subtree: nodes, cores, attachments and whatever they point to are copied,
+    except containers of the shared types. The copy has no parent. */
+NodePtr deepCloneTree(const NodePtr                  &src,
+                      const std::vector<std::string> &shareTypes = std::vector<std::string>());
+NodePtr deepCloneTree(const NodePtr &src, const std::string &shareTypes);
+
+/*! Adds deep copies of src's attachments (or the attachments themselves, for the shared types)
+    to dst under the same bindings, replacing what dst holds under those keys. Recorded as an edit
+    of dst's attachments. */
+void deepCloneAttachments(const AttachmentContainerPtr   &src,
+                          const AttachmentContainerPtr   &dst,
+                          const std::vector<std::string> &shareTypes = std::vector<std::string>());
 
 } // namespace osg
 

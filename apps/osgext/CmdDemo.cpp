@@ -1,7 +1,9 @@
 // osgext demo: tags and value pairs edited by their rules, written in the binary form, read back
-// into fresh instances created by type name and compared field by field; the back-plate shader.
+// into fresh instances created by type name and compared field by field; the back-plate shader;
+// a small scene run through the scene utilities, transform variants and switch transforms.
 
 #include "Commands.h"
+#include "DemoScene.h"
 
 #include <OpenSGExt/OSGTagAttachment.h>
 #include <OpenSGExt/OSGValuePair.h>
@@ -282,8 +284,22 @@ int runDemo(const Options &options, std::ostream &out, std::ostream &err)
     size_t uniforms = 0;
     const bool shader = showBackplate(out, err, uniforms);
     ok = ok && shader;
+    SceneReport scene;
+    ok = runSceneDemo(out, err, scene) && ok;
 
     out << "\nsummary:\n";
+    out << "  scene: " << scene.nodes << " named nodes, " << scene.shells
+        << " shells in the wheel, " << scene.cachedMatrices << " cached matrices, wheel origin "
+        << scene.wheelOrigin << "\n";
+    out << "  geometry check: good " << scene.goodMask << ", broken " << scene.brokenMask
+        << " \"" << scene.brokenMessage << "\"\n";
+    out << "  transform variants:";
+    for(size_t i = 0; i < scene.variantSteps.size(); ++i)
+        out << (i ? ", " : " ") << scene.variantSteps[i];
+    out << "\n  switch component transform:";
+    for(size_t i = 0; i < scene.switchSteps.size(); ++i)
+        out << (i ? ", " : " ") << scene.switchSteps[i];
+    out << "\n";
     for(const RoundTrip &t : trips)
         out << "  " << t.type << ": " << t.bytes << " bytes in " << t.file << ", copy "
             << (t.equal ? "equal" : "NOT equal") << "\n";

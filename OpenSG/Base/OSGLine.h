@@ -1,0 +1,72 @@
+#ifndef _OSGLINE_H_
+#define _OSGLINE_H_
+
+#include <OpenSG/OSGBaseTypes.h>
+#include <OpenSG/OSGVector.h>
+
+namespace osg {
+
+class BoxVolume;
+class SphereVolume;
+class Volume;
+
+/*! A half-line (ray): the points getPosition() + t * getDirection() for t >= 0, with a unit
+    direction, so t is a distance. A direction shorter than Eps cannot be normalised and is kept
+    as given; such a line meets nothing but volumes that hold its position.
+
+    The intersections report the parameters where the line enters and leaves a volume (enter may
+    be negative when the position lies inside) and succeed only when some t >= 0 lies inside. */
+class Line
+{
+  public:
+    /*! Position and direction zero. */
+    Line(void);
+    /*! From pos along dir, normalised. */
+    Line(const Pnt3f &pos, const Vec3f &dir);
+    /*! From p0 towards p1. */
+    Line(const Pnt3f &p0, const Pnt3f &p1);
+
+    void setValue(const Pnt3f &pos, const Vec3f &dir);
+    void setValue(const Pnt3f &p0, const Pnt3f &p1);
+
+    const Pnt3f &getPosition (void) const { return _pos; }
+    const Vec3f &getDirection(void) const { return _dir; }
+
+    /*! The point of the whole line nearest to point. */
+    Pnt3f  getClosestPoint(const Pnt3f &point) const;
+    /*! Distance of point from the whole line. */
+    Real32 distance       (const Pnt3f &point) const;
+
+    /*---------------------------- volumes --------------------------------*/
+
+    // Empty volumes are never hit; infinite ones always, from NegInf to Inf.
+
+    bool intersect(const BoxVolume    &box)    const;
+    bool intersect(const BoxVolume    &box,    Real32 &enter, Real32 &exit) const;
+    bool intersect(const SphereVolume &sphere) const;
+    bool intersect(const SphereVolume &sphere, Real32 &enter, Real32 &exit) const;
+    /*! Any volume kind the kernel has (a DynamicVolume through its instance). */
+    bool intersect(const Volume       &volume, Real32 &enter, Real32 &exit) const;
+
+    /*---------------------------- triangles ------------------------------*/
+
+    /*! Hit of the triangle (v0, v1, v2) at t >= 0, either side, edges included. normal receives
+        the unit normal of the counter-clockwise front face. */
+    bool intersect(const Pnt3f &v0, const Pnt3f &v1, const Pnt3f &v2, Real32 &t,
+                   Vec3f *normal = NULL) const;
+    /*! As above; the hit point is (1 - u - v) v0 + u v1 + v v2. */
+    bool intersect(const Pnt3f &v0, const Pnt3f &v1, const Pnt3f &v2, Real32 &t, Real32 &u,
+                   Real32 &v, Vec3f *normal = NULL) const;
+
+  private:
+    Pnt3f _pos;
+    Vec3f _dir;
+};
+
+/*! Position and direction. */
+bool operator==(const Line &a, const Line &b);
+inline bool operator!=(const Line &a, const Line &b) { return !(a == b); }
+
+} // namespace osg
+
+#endif
