@@ -202,13 +202,40 @@ void FieldContainer::subRef(void)
         destroy();
 }
 
+namespace {
+// Containers released while another one is being destroyed wait here, so that dropping the top
+// of a deep hierarchy destroys it level by level instead of recursing once per level.
+thread_local bool                           destroying = false;
+thread_local std::vector<FieldContainer *> *pendingDestroy = NULL;
+} // namespace
+
 void FieldContainer::destroy(void)
 {
-    if(ChangeList *list = Thread::getCurrentChangeList())
-        list->addDestroyed(_containerId);
-    FieldContainerFactory::the()->unregisterFieldContainer(_containerId);
-    onDestroy();
-    delete this;
+    if(destroying)
+    {
+        if(pendingDestroy == NULL)
+            pendingDestroy = new std::vector<FieldContainer *>;
+        pendingDestroy->push_back(this);
+        return;
+    }
+    destroying = true;
+    FieldContainer *next = this;
+    size_t done = 0;
+    while(next != NULL)
+    {
+        if(ChangeList *list = Thread::getCurrentChangeList())
+            list->addDestroyed(next->_containerId);
+        FieldContainerFactory::the()->unregisterFieldContainer(next->_containerId);
+        next->onDestroy();
+        delete next;
+
+        next = NULL;
+        if(pendingDestroy != NULL && done < pendingDestroy->size())
+            next = (*pendingDestroy)[done++];
+    }
+    if(pendingDestroy != NULL)
+        pendingDestroy->clear();
+    destroying = false;
 }
 
 /*-------------------------------------------------------------------------*/

@@ -4,6 +4,8 @@
 #include <OpenSG/OSGFieldContainerFactory.h>
 #include <OpenSG/OSGLog.h>
 
+#include <vector>
+
 #include <sstream>
 #include <unordered_map>
 
@@ -230,12 +232,35 @@ Matrix Node::getToWorld(void)
 
 void Node::getToWorld(Matrix &result)
 {
-    if(_sfParent.getValue() != NullFC)
-        _sfParent.getValue()->getToWorld(result);
-    else
-        result.setIdentity();
-    if(_sfCore.getValue() != NullFC)
-        _sfCore.getValue()->accumulateMatrix(result);
+    // Iterative, root first: a deep hierarchy must not cost a stack frame per level. Typical
+    // depths fit the local buffer, so the common query allocates nothing.
+    Node               *local[64];
+    std::vector<Node *> deep;
+    size_t              depth = 0;
+    for(Node *n = this; n != NULL; n = n->_sfParent.getValue().getCPtr())
+    {
+        if(depth < 64)
+        {
+            local[depth++] = n;
+            continue;
+        }
+        if(deep.empty())
+            deep.assign(local, local + 64);
+        deep.push_back(n);
+        if(deep.size() > (size_t(1) << 26))
+        {
+            SWARNING << "Node::getToWorld: parent chain does not end" << std::endl;
+            break;
+        }
+    }
+    Node *const *path = deep.empty() ? local : deep.data();
+    size_t       count = deep.empty() ? depth : deep.size();
+    result.setIdentity();
+    for(size_t i = count; i-- > 0; )
+    {
+        if(path[i]->_sfCore.getValue() != NullFC)
+            path[i]->_sfCore.getValue()->accumulateMatrix(result);
+    }
 }
 
 const DynamicVolume &Node::getVolume(bool update)

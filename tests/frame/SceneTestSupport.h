@@ -13,7 +13,11 @@
 #include <OpenSG/OSGGeometry.h>
 #include <OpenSG/OSGGroup.h>
 #include <OpenSG/OSGNode.h>
+#include <OpenSG/OSGChangeList.h>
 
+#include <gtest/gtest.h>
+
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -31,6 +35,50 @@ class Held
     Held &operator=(const Held &) = delete;
   private:
     FieldContainerPtr _fc;
+};
+
+// Watches one container: its edits recorded in the thread's change list and the calls of its
+// changed functions. Construction starts with a clean change list.
+class EditProbe
+{
+  public:
+    explicit EditProbe(const FieldContainerPtr &fc) : _fc(fc)
+    {
+        _fc->addChangedFunction(_fn);
+        reset();
+    }
+    void reset()
+    {
+        Thread::getCurrentChangeList()->clearAll();
+        _calls = 0;
+    }
+    // Exactly one recorded edit with this mask, and one call of changed, since the last reset.
+    void expectOneEdit(const BitVector &mask)
+    {
+        ChangeList *list = Thread::getCurrentChangeList();
+        ASSERT_EQ(list->sizeChanged(), 1u);
+        EXPECT_EQ(list->getChanged()[0].first, _fc.getFieldContainerId());
+        EXPECT_EQ(list->getChanged()[0].second, mask);
+        EXPECT_EQ(_calls, 1);
+        EXPECT_EQ(_mask, mask);
+        reset();
+    }
+    void expectNoEdit() const
+    {
+        EXPECT_EQ(Thread::getCurrentChangeList()->sizeChanged(), 0u);
+        EXPECT_EQ(_calls, 0);
+    }
+
+  private:
+    FieldContainerPtr _fc;
+    int               _calls = 0;
+    BitVector         _mask;
+    // Held here: containers keep their changed functions weakly.
+    FieldContainer::ChangedFunctionPtr _fn = std::make_shared<FieldContainer::ChangedFunction>(
+        [this](const FieldContainerPtr &, const BitVector &mask, UInt32) {
+            ++_calls;
+            _mask = mask;
+        });
 };
 
 // A new property of type PropT holding the values.

@@ -6,7 +6,6 @@
 #include <OpenSGExt/skGeoUtils.h>
 
 #include <OpenSG/OSGChunkMaterial.h>
-#include <OpenSG/OSGGeoFunctions.h>
 #include <OpenSG/OSGLog.h>
 
 #include <gtest/gtest.h>
@@ -19,20 +18,10 @@ using namespace scenetest;
 
 namespace {
 
-const char *const Incomplete   = "Geometry data incomplete. ";
-const char *const NoPositions  = "Found geometry without positions.";
-const char *const NotTriangles = "Geometry is not triangulated.";
-const char *const Nonstandard  = "Found nonstandard geometry.";
-
-// A good single-indexed triangle, then one change applied to it.
-struct GeometryCase
-{
-    const char                        *what;
-    std::function<void(GeometryPtr &)> change;
-    bool                               checkTriangulated;
-    UInt32                             mask;
-    std::string                        message;
-};
+const std::string Incomplete   = "Geometry data incomplete. ";
+const std::string NoPositions  = "Found geometry without positions.";
+const std::string NotTriangles = "Geometry is not triangulated.";
+const std::string Nonstandard  = "Found nonstandard geometry.";
 
 GeometryPtr goodTriangle(void)
 {
@@ -41,70 +30,56 @@ GeometryPtr goodTriangle(void)
 
 TEST(GeoUtilsCheck, ProblemsAndMessagesOverCombinations)
 {
-    const GeometryCase cases[] = {
-        {"good", [](GeometryPtr &) {}, true, 0, ""},
-        {"no lengths", [](GeometryPtr &g) { g->setLengths(NullFC); }, true, 2, Incomplete},
-        {"empty lengths", [](GeometryPtr &g) { g->setLengths(lengths({})); }, true, 16,
-         Nonstandard},
-        {"two lengths", [](GeometryPtr &g) { g->setLengths(lengths({3, 0})); }, true, 16,
-         Nonstandard},
-        {"no types", [](GeometryPtr &g) { g->setTypes(NullFC); }, true, 1, Incomplete},
-        {"empty types", [](GeometryPtr &g) { g->setTypes(types({})); }, true, 1, Incomplete},
-        {"strip, checked", [](GeometryPtr &g) { g->setTypes(types({GL_TRIANGLE_STRIP})); },
-         true, 32, NotTriangles},
-        {"strip, unchecked", [](GeometryPtr &g) { g->setTypes(types({GL_TRIANGLE_STRIP})); },
-         false, 0, ""},
+    typedef GeometryPtr G;
+    const auto strip = [](G &g) { g->setTypes(types({GL_TRIANGLE_STRIP})); };
+    const auto noLengths = [](G &g) { g->setLengths(NullFC); };
+    const auto noPositions = [](G &g) { g->setPositions(NullFC); };
+    const auto noIndices = [](G &g) { g->setIndices(NullFC); };
+    // A good single-indexed triangle, then one change applied to it.
+    const struct
+    {
+        const char *what;
+        std::function<void(G &)> change;
+        bool checkTriangulated;
+        UInt32 mask;
+        std::string message;
+    } cases[] = {
+        {"good", [](G &) {}, true, 0, ""},
+        {"no lengths", noLengths, true, 2, Incomplete},
+        {"empty lengths", [](G &g) { g->setLengths(lengths({})); }, true, 16, Nonstandard},
+        {"two lengths", [](G &g) { g->setLengths(lengths({3, 0})); }, true, 16, Nonstandard},
+        {"no types", [](G &g) { g->setTypes(NullFC); }, true, 1, Incomplete},
+        {"empty types", [](G &g) { g->setTypes(types({})); }, true, 1, Incomplete},
+        {"strip, checked", strip, true, 32, NotTriangles},
+        {"strip, unchecked", strip, false, 0, ""},
         {"triangles after a strip",
-         [](GeometryPtr &g) { g->setTypes(types({GL_TRIANGLE_STRIP, GL_TRIANGLES})); }, true,
-         32, NotTriangles},
-        {"no indices", [](GeometryPtr &g) { g->setIndices(NullFC); }, true, 8, Incomplete},
-        {"empty indices", [](GeometryPtr &g) { g->setIndices(indices({})); }, true, 8,
-         Incomplete},
-        {"empty mapping", [](GeometryPtr &g) { g->editMFIndexMapping()->clear(); }, true, 16,
-         Nonstandard},
+         [](G &g) { g->setTypes(types({GL_TRIANGLE_STRIP, GL_TRIANGLES})); }, true, 32,
+         NotTriangles},
+        {"no indices", noIndices, true, 8, Incomplete},
+        {"empty indices", [](G &g) { g->setIndices(indices({})); }, true, 8, Incomplete},
+        {"empty mapping", [](G &g) { g->editMFIndexMapping()->clear(); }, true, 16, Nonstandard},
         {"two mappings",
-         [](GeometryPtr &g) { g->editMFIndexMapping()->push_back(Geometry::MapNormal); }, true,
-         16, Nonstandard},
-        {"no positions", [](GeometryPtr &g) { g->setPositions(NullFC); }, true, 4,
-         NoPositions},
-        {"empty positions", [](GeometryPtr &g) { g->setPositions(positions({})); }, true, 4,
-         NoPositions},
-        {"no lengths, no positions",
-         [](GeometryPtr &g) {
-             g->setLengths(NullFC);
-             g->setPositions(NullFC);
-         },
-         true, 6, std::string(Incomplete) + NoPositions},
-        {"no indices, strip",
-         [](GeometryPtr &g) {
-             g->setIndices(NullFC);
-             g->setTypes(types({GL_TRIANGLE_STRIP}));
-         },
-         true, 40, Incomplete},
-        {"no positions, strip",
-         [](GeometryPtr &g) {
-             g->setPositions(NullFC);
-             g->setTypes(types({GL_TRIANGLE_STRIP}));
-         },
-         true, 36, NoPositions},
-        {"strip, two lengths",
-         [](GeometryPtr &g) {
-             g->setTypes(types({GL_TRIANGLE_STRIP}));
-             g->setLengths(lengths({2, 1}));
-         },
-         true, 48, NotTriangles},
+         [](G &g) { g->editMFIndexMapping()->push_back(Geometry::MapNormal); }, true, 16,
+         Nonstandard},
+        {"no positions", noPositions, true, 4, NoPositions},
+        {"empty positions", [](G &g) { g->setPositions(positions({})); }, true, 4, NoPositions},
+        {"no lengths, no positions", [&](G &g) { noLengths(g); noPositions(g); }, true, 6,
+         Incomplete + NoPositions},
+        {"no indices, strip", [&](G &g) { noIndices(g); strip(g); }, true, 40, Incomplete},
+        {"no positions, strip", [&](G &g) { noPositions(g); strip(g); }, true, 36, NoPositions},
+        {"strip, two lengths", [&](G &g) { strip(g); g->setLengths(lengths({2, 1})); }, true,
+         48, NotTriangles},
         {"everything missing",
-         [](GeometryPtr &g) {
+         [&](G &g) {
+             noLengths(g);
+             noPositions(g);
+             noIndices(g);
              g->setTypes(NullFC);
-             g->setLengths(NullFC);
-             g->setPositions(NullFC);
-             g->setIndices(NullFC);
              g->editMFIndexMapping()->clear();
          },
-         true, 31, std::string(Incomplete) + NoPositions},
+         true, 31, Incomplete + NoPositions},
     };
-
-    for(const GeometryCase &c : cases)
+    for(const auto &c : cases)
     {
         SCOPED_TRACE(c.what);
         GeometryPtr geo = goodTriangle();
@@ -116,71 +91,34 @@ TEST(GeoUtilsCheck, ProblemsAndMessagesOverCombinations)
         EXPECT_EQ(mask, c.mask);
         EXPECT_EQ(skGeoUtils::getGeometryErrorString(mask), c.message);
     }
-}
 
-TEST(GeoUtilsCheck, NullGeometryIsBit64WithoutMessage)
-{
+    // A null geometry is 64 alone, said nothing about; the message rules apply in order.
     EXPECT_EQ(skGeoUtils::checkGeometryCore(NullFC, true), 64u);
     EXPECT_EQ(skGeoUtils::checkGeometryCore(NullFC, false), 64u);
-    EXPECT_EQ(skGeoUtils::getGeometryErrorString(64), "");
+    const std::pair<UInt32, std::string> messages[] = {
+        {64, ""},           {1 | 32 | 16, Incomplete}, {8 | 4, Incomplete + NoPositions},
+        {4 | 32 | 16, NoPositions}, {32 | 16, NotTriangles}, {16 | 64, Nonstandard},
+        {128, ""}};
+    for(const auto &m : messages)
+        EXPECT_EQ(skGeoUtils::getGeometryErrorString(m.first), m.second) << m.first;
 }
 
-TEST(GeoUtilsCheck, MessagesFollowTheRuleOrder)
-{
-    EXPECT_EQ(skGeoUtils::getGeometryErrorString(0), "");
-    EXPECT_EQ(skGeoUtils::getGeometryErrorString(1 | 32 | 16), Incomplete);
-    EXPECT_EQ(skGeoUtils::getGeometryErrorString(8 | 4), std::string(Incomplete) + NoPositions);
-    EXPECT_EQ(skGeoUtils::getGeometryErrorString(4 | 32 | 16), NoPositions);
-    EXPECT_EQ(skGeoUtils::getGeometryErrorString(32 | 16), NotTriangles);
-    EXPECT_EQ(skGeoUtils::getGeometryErrorString(16 | 64), Nonstandard);
-    EXPECT_EQ(skGeoUtils::getGeometryErrorString(128), "") << "unknown bits say nothing";
-}
-
-TEST(GeoUtilsCheck, CreateSingleIndexRepairsInterleavedIndices)
-{
-    // Positions and normals with their own index each: standard only after the rewrite.
-    GeometryPtr geo = goodTriangle();
-    Held hold(geo);
-    beginEditCP(geo);
-    geo->setNormals(normals({Vec3f(0, 0, 1)}));
-    geo->setIndices(indices({0, 0, 1, 0, 2, 0}));
-    geo->editMFIndexMapping()->clear();
-    geo->editMFIndexMapping()->push_back(Geometry::MapPosition);
-    geo->editMFIndexMapping()->push_back(Geometry::MapNormal);
-    endEditCP(geo);
-    EXPECT_EQ(skGeoUtils::checkGeometryCore(geo, true), 16u);
-    ASSERT_EQ(createSingleIndex(geo), 3);
-    EXPECT_EQ(skGeoUtils::checkGeometryCore(geo, true), 0u);
-}
-
-TEST(GeoUtilsNodes, GetGeometryOnlyForGeometryCores)
+TEST(GeoUtilsNodes, GeometryCoresAndTextureChannels)
 {
     GeometryPtr geo = goodTriangle();
-    NodePtr node = nodeWith(geo);
-    Held hold(node);
+    NodePtr node = nodeWith(geo), group = groupNode(), bare = Node::create();
+    Held hold(node), holdGroup(group), holdBare(bare);
     EXPECT_EQ(skGeoUtils::getGeometry(node), geo);
-    NodePtr group = groupNode();
-    Held holdGroup(group);
-    EXPECT_EQ(skGeoUtils::getGeometry(group), NullFC);
-    NodePtr bare = Node::create();
-    Held holdBare(bare);
-    EXPECT_EQ(skGeoUtils::getGeometry(bare), NullFC);
-    EXPECT_EQ(skGeoUtils::getGeometry(NullFC), NullFC);
-}
+    for(const NodePtr &other : {group, bare, NodePtr()})
+        EXPECT_EQ(skGeoUtils::getGeometry(other), NullFC);
 
-TEST(GeoUtilsTexCoords, ChannelsAreTheEightUnits)
-{
-    GeometryPtr geo = goodTriangle();
-    Held hold(geo);
     GeoTexCoords2fPtr unit0 = texCoords({Vec2f(0, 0), Vec2f(1, 0), Vec2f(0, 1)});
-    GeoTexCoords2fPtr unit7 = texCoords({Vec2f(0, 0)});
-    GeoTexCoords2fPtr unit3 = texCoords({});
+    GeoTexCoords2fPtr unit7 = texCoords({Vec2f(0, 0)}), unit3 = texCoords({});
     beginEditCP(geo);
     geo->setTexSlot(0, unit0);
     geo->setTexSlot(7, unit7);
     geo->setTexSlot(3, unit3);
     endEditCP(geo);
-
     EXPECT_EQ(skGeoUtils::getOSGTexCoords(geo, 0), GeoTexCoordsPtr(unit0));
     EXPECT_EQ(skGeoUtils::getOSGTexCoords(geo, 7), GeoTexCoordsPtr(unit7));
     EXPECT_EQ(skGeoUtils::getOSGTexCoords(geo, 3), GeoTexCoordsPtr(unit3));
@@ -206,7 +144,6 @@ TEST(GeoUtilsSides, CullFaceFromNodeGeometryOrMaterial)
         return std::string(skGeoUtils::isVisibleSide(n, geo, 0) ? "F" : "-") +
                (skGeoUtils::isVisibleSide(n, geo, 1) ? "B" : "-");
     };
-
     EXPECT_EQ(sides(NullFC), "FB") << "nothing culled by default";
 
     ChunkMaterialPtr material = ChunkMaterial::create();
@@ -215,32 +152,25 @@ TEST(GeoUtilsSides, CullFaceFromNodeGeometryOrMaterial)
     endEditCP(geo, Geometry::MaterialFieldMask);
     setCullFace(material, "front");
     EXPECT_EQ(sides(NullFC), "-B") << "from the material";
-
     setCullFace(geo, "back");
     EXPECT_EQ(sides(NullFC), "F-") << "the geometry before its material";
-    EXPECT_EQ(skGeoUtils::isVisibleSide(geo, 0), true);
-    EXPECT_EQ(skGeoUtils::isVisibleSide(geo, 1), false);
-
+    EXPECT_TRUE(skGeoUtils::isVisibleSide(geo, 0));
+    EXPECT_FALSE(skGeoUtils::isVisibleSide(geo, 1));
     EXPECT_EQ(sides(node), "F-") << "a node without its own value";
     setCullFace(node, "none");
     EXPECT_EQ(sides(node), "FB") << "the node before its geometry";
     setCullFace(node, "frontAndBack");
     EXPECT_EQ(sides(node), "--");
     EXPECT_EQ(sides(NullFC), "F-");
-}
 
-TEST(GeoUtilsSides, BadValuesAndArguments)
-{
-    GeometryPtr geo = goodTriangle();
-    Held hold(geo);
+    // Bad values and arguments.
     EXPECT_FALSE(skGeoUtils::isVisibleSide(GeometryPtr(NullFC), 0));
-
     LogCapture log;
     setCullFace(geo, "Back");
     EXPECT_TRUE(skGeoUtils::isVisibleSide(geo, 1)) << "unknown values cull nothing";
     EXPECT_TRUE(log.contains("Back"));
-    log.clear();
     setCullFace(geo, "back");
+    log.clear();
     EXPECT_FALSE(skGeoUtils::isVisibleSide(geo, 2));
     EXPECT_EQ(log.count(), 1u);
 }

@@ -20,16 +20,17 @@ using namespace scenetest;
 
 namespace {
 
+typedef std::vector<Int32> Shells;
+
 // Quad A (positions 0-3) in z = 0, quad B (4-7) in z = 1, and a triangle (8-10) whose first
 // position repeats position 1 of A under another index: triangles A A B B C.
-std::vector<Pnt3f> twoPiecePositions(void)
+GeometryPtr twoPieces(void)
 {
-    return {Pnt3f(0, 0, 0), Pnt3f(1, 0, 0), Pnt3f(1, 1, 0), Pnt3f(0, 1, 0),
-            Pnt3f(0, 0, 1), Pnt3f(1, 0, 1), Pnt3f(1, 1, 1), Pnt3f(0, 1, 1),
-            Pnt3f(1, 0, 0), Pnt3f(2, 0, 0), Pnt3f(2, 1, 0)};
+    return triangleGeometry({Pnt3f(0, 0, 0), Pnt3f(1, 0, 0), Pnt3f(1, 1, 0), Pnt3f(0, 1, 0),
+                             Pnt3f(0, 0, 1), Pnt3f(1, 0, 1), Pnt3f(1, 1, 1), Pnt3f(0, 1, 1),
+                             Pnt3f(1, 0, 0), Pnt3f(2, 0, 0), Pnt3f(2, 1, 0)},
+                            {0, 1, 2, 0, 2, 3, 4, 5, 6, 4, 6, 7, 8, 9, 10});
 }
-
-const std::vector<UInt32> TwoPieceIndices = {0, 1, 2, 0, 2, 3, 4, 5, 6, 4, 6, 7, 8, 9, 10};
 
 std::vector<Pnt3f> cornerPositions(const GeometryPtr &geo)
 {
@@ -42,60 +43,48 @@ std::vector<Pnt3f> cornerPositions(const GeometryPtr &geo)
     return out;
 }
 
-TEST(ShellUtilsShells, RepeatedPositionsJoinShells)
-{
-    GeometryPtr geo = triangleGeometry(twoPiecePositions(), TwoPieceIndices);
-    Held hold(geo);
-    std::vector<Int32> shells;
-    EXPECT_EQ(skShellUtils::computeShells(geo, shells), 2u);
-    EXPECT_EQ(shells, (std::vector<Int32>{0, 0, 1, 1, 0}));
-}
-
-TEST(ShellUtilsShells, SharedIndicesOfAStripJoin)
-{
-    GeometryPtr geo = triangleGeometry(
-        {Pnt3f(0, 0, 0), Pnt3f(1, 0, 0), Pnt3f(0, 1, 0), Pnt3f(1, 1, 0), Pnt3f(5, 5, 5),
-         Pnt3f(6, 5, 5), Pnt3f(5, 6, 5)},
-        {0, 1, 2, 3, 4, 5, 6});
-    Held hold(geo);
-    beginEditCP(geo);
-    geo->setTypes(types({GL_TRIANGLE_STRIP, GL_TRIANGLES}));
-    geo->setLengths(lengths({4, 3}));
-    endEditCP(geo);
-    std::vector<Int32> shells;
-    EXPECT_EQ(skShellUtils::computeShells(geo, shells), 2u);
-    EXPECT_EQ(shells, (std::vector<Int32>{0, 0, 1}));
-}
-
-TEST(ShellUtilsShells, NothingToSplit)
+TEST(ShellUtilsShells, SharedAndRepeatedPositionsJoinShells)
 {
     std::vector<Int32> shells = {7};
     EXPECT_EQ(skShellUtils::computeShells(NullFC, shells), 0u);
     EXPECT_TRUE(shells.empty());
 
-    // Lines have no triangles.
+    GeometryPtr pieces = twoPieces();
+    // A strip whose indices are shared, then a separate triangle.
+    GeometryPtr strip = triangleGeometry({Pnt3f(0, 0, 0), Pnt3f(1, 0, 0), Pnt3f(0, 1, 0),
+                                          Pnt3f(1, 1, 0), Pnt3f(5, 5, 5), Pnt3f(6, 5, 5),
+                                          Pnt3f(5, 6, 5)},
+                                         {0, 1, 2, 3, 4, 5, 6});
     GeometryPtr lines = triangleGeometry({Pnt3f(0, 0, 0), Pnt3f(1, 0, 0)}, {0, 1});
-    Held holdLines(lines);
+    // A triangle pointing past the positions belongs to no shell.
+    GeometryPtr bad = triangleGeometry({Pnt3f(0, 0, 0), Pnt3f(1, 0, 0), Pnt3f(0, 1, 0)},
+                                       {0, 1, 2, 0, 1, 9});
+    Held h1(pieces), h2(strip), h3(lines), h4(bad);
+    beginEditCP(strip);
+    strip->setTypes(types({GL_TRIANGLE_STRIP, GL_TRIANGLES}));
+    strip->setLengths(lengths({4, 3}));
+    endEditCP(strip);
     beginEditCP(lines);
     lines->setTypes(types({GL_LINES}));
     endEditCP(lines);
-    EXPECT_EQ(skShellUtils::computeShells(lines, shells), 0u);
 
-    // A triangle pointing past the positions belongs to no shell.
     LogCapture log;
-    GeometryPtr bad = triangleGeometry({Pnt3f(0, 0, 0), Pnt3f(1, 0, 0), Pnt3f(0, 1, 0)},
-                                       {0, 1, 2, 0, 1, 9});
-    Held holdBad(bad);
-    EXPECT_EQ(skShellUtils::computeShells(bad, shells), 1u);
-    EXPECT_EQ(shells, (std::vector<Int32>{0, -1}));
+    const struct { GeometryPtr geo; UInt32 count; Shells shells; } cases[] = {
+        {pieces, 2, {0, 0, 1, 1, 0}}, {strip, 2, {0, 0, 1}}, {lines, 0, {}}, {bad, 1, {0, -1}}};
+    for(const auto &c : cases)
+    {
+        EXPECT_EQ(skShellUtils::computeShells(c.geo, shells), c.count);
+        EXPECT_EQ(shells, c.shells);
+    }
 }
 
 TEST(ShellUtilsForShells, EachShellBecomesAGeometryOfItsOwn)
 {
-    GeometryPtr geo = triangleGeometry(twoPiecePositions(), TwoPieceIndices);
+    GeometryPtr geo = twoPieces();
     Held hold(geo);
+    const std::vector<Pnt3f> all = cornerPositions(geo);
     ChunkMaterialPtr material = ChunkMaterial::create();
-    std::vector<Vec3f> normalValues;
+    std::vector<Vec3f> normalValues;   // normal z = position index
     for(UInt32 i = 0; i < 11; ++i)
         normalValues.push_back(Vec3f(0, 0, Real32(i)));
     beginEditCP(geo);
@@ -105,30 +94,23 @@ TEST(ShellUtilsForShells, EachShellBecomesAGeometryOfItsOwn)
     geo->setMaterial(material);
     endEditCP(geo);
 
-    const std::vector<Pnt3f> all = cornerPositions(geo);
     std::vector<std::vector<Pnt3f> > got;
     std::vector<UInt32> vertexCounts;
     skShellUtils::forShellsOfComponent(geo, [&](NodePtr node, GeometryPtr shell) {
-        ASSERT_NE(node, NullFC);
         ASSERT_NE(shell, NullFC);
         EXPECT_EQ(node->getCore(), NodeCorePtr(shell));
-        EXPECT_NE(shell, geo);
         EXPECT_EQ(shell->getMaterial(), MaterialPtr(material));
-        std::vector<Int32> shellsOfShell;
-        EXPECT_EQ(skShellUtils::computeShells(shell, shellsOfShell), 1u);
         ASSERT_EQ(shell->getMFIndexMapping()->size(), 1u);
         EXPECT_EQ(shell->getIndexMapping(0), Geometry::MapPosition | Geometry::MapNormal);
         ASSERT_EQ(shell->getTypes()->getSize(), 1u);
         EXPECT_EQ(shell->getTypes()->getValue(0), GL_TRIANGLES);
         EXPECT_EQ(shell->getLengths()->getValue(0), shell->getIndices()->getSize());
-        // Normals travel with their positions (normal z = original position index).
+        // Normals travel with their positions.
         for(TriangleIterator it = shell->beginTriangles(); !it.isAtEnd(); ++it)
         {
             for(Int32 w = 0; w < 3; ++w)
-            {
-                const Vec3f n = it.getNormal(w);
-                EXPECT_EQ(it.getPosition(w), twoPiecePositions()[UInt32(n[2])]);
-            }
+                EXPECT_EQ(it.getPosition(w),
+                          geo->getPositions()->getValue(UInt32(it.getNormal(w)[2])));
         }
         got.push_back(cornerPositions(shell));
         vertexCounts.push_back(shell->getPositions()->getSize());
@@ -156,7 +138,6 @@ TEST(ShellUtilsForShells, InterleavedIndicesGiveOneVertexPerCombination)
     geo->setNormals(normals({Vec3f(0, 0, 1)}));
     geo->editMFIndexMapping()->push_back(Geometry::MapNormal);
     endEditCP(geo);
-
     UInt32 calls = 0;
     skShellUtils::forShellsOfComponent(geo, [&](NodePtr, GeometryPtr shell) {
         ++calls;
@@ -168,12 +149,11 @@ TEST(ShellUtilsForShells, InterleavedIndicesGiveOneVertexPerCombination)
     EXPECT_EQ(calls, 1u);
 }
 
-TEST(ShellUtilsForShells, ShellsLiveOnlyWhenKept)
+TEST(ShellUtilsForShells, ShellsLiveOnlyWhenKeptAndBadCallsAreReported)
 {
-    GeometryPtr geo = triangleGeometry(twoPiecePositions(), TwoPieceIndices);
-    Held hold(geo);
+    GeometryPtr geo = twoPieces();
     NodePtr parent = groupNode();
-    Held holdParent(parent);
+    Held hold(geo), holdParent(parent);
     std::vector<UInt32> ids;
     skShellUtils::forShellsOfComponent(geo, [&](NodePtr node, GeometryPtr) {
         ids.push_back(node.getFieldContainerId());
@@ -184,18 +164,11 @@ TEST(ShellUtilsForShells, ShellsLiveOnlyWhenKept)
     FieldContainerFactory *factory = FieldContainerFactory::the();
     EXPECT_EQ(factory->getContainer(ids[0]), FieldContainerPtr(parent->getChild(0)));
     EXPECT_EQ(factory->getContainer(ids[1]), NullFC) << "the unkept shell is gone";
-}
 
-TEST(ShellUtilsForShells, BadCallsAndThrowingFunctions)
-{
-    GeometryPtr geo = triangleGeometry(twoPiecePositions(), TwoPieceIndices);
-    Held hold(geo);
     LogCapture log;
     skShellUtils::forShellsOfComponent(NullFC, [](NodePtr, GeometryPtr) {});
     skShellUtils::forShellsOfComponent(geo, skShellUtils::ShellFunction());
     EXPECT_EQ(log.count(), 2u);
-
-    log.clear();
     UInt32 calls = 0;
     skShellUtils::forShellsOfComponent(geo, [&](NodePtr, GeometryPtr) {
         ++calls;
@@ -208,24 +181,17 @@ TEST(ShellUtilsForShells, BadCallsAndThrowingFunctions)
 class ShellVisibility : public ::testing::Test
 {
   protected:
-    void SetUp() override
-    {
-        // Shell 0 has area; shell 1 is a flat sliver (all corners on a line).
-        geo = triangleGeometry({Pnt3f(0, 0, 0), Pnt3f(1, 0, 0), Pnt3f(0, 1, 0),
-                                Pnt3f(5, 0, 0), Pnt3f(6, 0, 0), Pnt3f(7, 0, 0)},
-                               {0, 1, 2, 3, 4, 5});
-        node   = nodeWith(geo);
-        parent = groupNode();
-        addChild(parent, node);
-        addRefCP(parent);
-    }
-    void TearDown() override { subRefCP(parent); }
+    void SetUp() override { addChild(parent, node); }
 
-    GeometryPtr geo;
-    NodePtr     node, parent;
+    // Shell 0 has area; shell 1 is a flat sliver (all corners on a line).
+    GeometryPtr geo = triangleGeometry({Pnt3f(0, 0, 0), Pnt3f(1, 0, 0), Pnt3f(0, 1, 0),
+                                        Pnt3f(5, 0, 0), Pnt3f(6, 0, 0), Pnt3f(7, 0, 0)},
+                                       {0, 1, 2, 3, 4, 5});
+    NodePtr node = nodeWith(geo), parent = groupNode();
+    Held    hold{parent};
 };
 
-TEST_F(ShellVisibility, ExistingShellsWithAreaOnShownNodes)
+TEST_F(ShellVisibility, ShellsWithAreaOnTraversedNodesShowingADrawnSide)
 {
     EXPECT_TRUE(skShellUtils::isVisibleShellComponent(node, geo, 0));
     EXPECT_FALSE(skShellUtils::isVisibleShellComponent(node, geo, 1)) << "no area";
@@ -233,37 +199,26 @@ TEST_F(ShellVisibility, ExistingShellsWithAreaOnShownNodes)
     EXPECT_FALSE(skShellUtils::isVisibleShellComponent(NullFC, geo, 0));
     EXPECT_FALSE(skShellUtils::isVisibleShellComponent(node, NullFC, 0));
 
+    auto visible = [&] { return skShellUtils::isVisibleShellComponent(node, geo, 0); };
+    parent->setTravMask(0);             EXPECT_FALSE(visible()) << "parent not traversed";
+    parent->setTravMask(0x2);           EXPECT_TRUE(visible()) << "partly traversed";
+    node->setOcclusionMask(1);          EXPECT_FALSE(visible());
+    node->setOcclusionMask(0);
+    setCullFace(geo, "back");           EXPECT_TRUE(visible()) << "the front is seen";
+    setCullFace(geo, "frontAndBack");   EXPECT_FALSE(visible());
+    setCullFace(node, "none");          EXPECT_TRUE(visible()) << "the node decides";
+
     LogCapture log;
     EXPECT_FALSE(skShellUtils::isVisibleShellComponent(parent, geo, 0));
     EXPECT_TRUE(log.contains("does not show the geometry"));
 }
 
-TEST_F(ShellVisibility, HiddenNodesAndCulledSides)
-{
-    parent->setTravMask(0);
-    EXPECT_FALSE(skShellUtils::isVisibleShellComponent(node, geo, 0)) << "parent not traversed";
-    parent->setTravMask(0x2);
-    EXPECT_TRUE(skShellUtils::isVisibleShellComponent(node, geo, 0)) << "partly traversed";
-    node->setOcclusionMask(1);
-    EXPECT_FALSE(skShellUtils::isVisibleShellComponent(node, geo, 0));
-    node->setOcclusionMask(0);
-
-    setCullFace(geo, "back");
-    EXPECT_TRUE(skShellUtils::isVisibleShellComponent(node, geo, 0)) << "the front is seen";
-    setCullFace(geo, "frontAndBack");
-    EXPECT_FALSE(skShellUtils::isVisibleShellComponent(node, geo, 0));
-    setCullFace(node, "none");
-    EXPECT_TRUE(skShellUtils::isVisibleShellComponent(node, geo, 0)) << "the node decides";
-}
-
 TEST_F(ShellVisibility, OneSidedWhenExactlyOneSideIsDrawn)
 {
     EXPECT_FALSE(skShellUtils::isShellGeoOneSided(node, geo));
-    setCullFace(geo, "back");
-    EXPECT_TRUE(skShellUtils::isShellGeoOneSided(node, geo));
+    setCullFace(geo, "back");           EXPECT_TRUE(skShellUtils::isShellGeoOneSided(node, geo));
     EXPECT_TRUE(skShellUtils::isShellGeoOneSided(NullFC, geo));
-    setCullFace(node, "none");
-    EXPECT_FALSE(skShellUtils::isShellGeoOneSided(node, geo)) << "the instance is two-sided";
+    setCullFace(node, "none");          EXPECT_FALSE(skShellUtils::isShellGeoOneSided(node, geo));
     setCullFace(geo, "frontAndBack");
     EXPECT_FALSE(skShellUtils::isShellGeoOneSided(NullFC, geo)) << "nothing drawn";
     EXPECT_FALSE(skShellUtils::isShellGeoOneSided(node, NullFC));

@@ -1,7 +1,8 @@
 #ifndef SKOSG_TESTS_GEOMETRYTESTSUPPORT_H
 #define SKOSG_TESTS_GEOMETRYTESTSUPPORT_H
 
-// Building small geometries and reading back everything the triangle iterator sees.
+// Building small geometries and reading back everything the triangle iterator sees; holding
+// references and editing for the tests.
 
 #include <OpenSG/OSGGeometry.h>
 #include <OpenSG/OSGTriangleIterator.h>
@@ -13,6 +14,7 @@
 #include <OpenSG/OSGGeoNormals3f.h>
 #include <OpenSG/OSGGeoColors3f.h>
 #include <OpenSG/OSGGeoTexCoords2f.h>
+#include <OpenSG/OSGNode.h>
 
 #include <initializer_list>
 #include <sstream>
@@ -22,6 +24,46 @@
 namespace geotest {
 
 using namespace osg;
+
+/*! Holds one reference to each container passed through it, for a test's lifetime. */
+class Pool
+{
+  public:
+    Pool() = default;
+    Pool(const Pool &) = delete;
+    Pool &operator=(const Pool &) = delete;
+    ~Pool()
+    {
+        for(auto it = _held.rbegin(); it != _held.rend(); ++it)
+            subRefCP(*it);
+    }
+    template <class PtrT>
+    PtrT operator()(const PtrT &p)
+    {
+        addRefCP(p);
+        _held.push_back(p);
+        return p;
+    }
+
+  private:
+    std::vector<FieldContainerPtr> _held;
+};
+
+/*! One edit of the fields in mask, so that the container's changed() sees it. */
+template <class PtrT, class F>
+void edit(const PtrT &p, const BitVector &mask, F change)
+{
+    beginEditCP(p, mask);
+    change();
+    endEditCP(p, mask);
+}
+
+inline NodePtr nodeWith(const NodeCorePtr &core)
+{
+    NodePtr node = Node::create();
+    edit(node, Node::CoreFieldMask, [&] { node->setCore(core); });
+    return node;
+}
 
 template <class PtrT, class ValueT>
 PtrT makeProperty(std::initializer_list<ValueT> values)

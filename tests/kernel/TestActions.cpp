@@ -14,7 +14,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -22,7 +22,9 @@ using namespace osg;
 
 namespace {
 
-NodePtr makeNode(const NodeCorePtr &core, const std::string &name = "")
+const char *const FullWalk = "+root +a +a1 -a1 +a2 -a2 -a +b +b1 -b1 -b -root ";
+
+NodePtr makeNode(const NodeCorePtr &core, const std::string &name = "", const NodePtr &parent = NullFC)
 {
     NodePtr n = Node::create();
     beginEditCP(n, Node::CoreFieldMask);
@@ -30,6 +32,8 @@ NodePtr makeNode(const NodeCorePtr &core, const std::string &name = "")
     endEditCP(n, Node::CoreFieldMask);
     if(!name.empty())
         setName(n, name);
+    if(parent != NullFC)
+        parent->addChild(n);
     return n;
 }
 
@@ -39,12 +43,9 @@ std::string nameOf(const NodePtr &n)
     return name != NULL ? name : "?";
 }
 
-/*   root
-     ├── a
-     │   ├── a1
-     │   └── a2
-     └── b
-         └── b1            */
+/*   root ─┬─ a (Group) ─┬─ a1 (Group)
+           │             └─ a2 (Transform)
+           └─ b (Transform3D) ── b1 (ComponentTransform)   */
 struct Tree
 {
     NodePtr root, a, a1, a2, b, b1;
@@ -52,143 +53,140 @@ struct Tree
     Tree()
     {
         root = makeNode(Group::create(), "root");
-        a    = makeNode(Group::create(), "a");
-        a1   = makeNode(Group::create(), "a1");
-        a2   = makeNode(Transform::create(), "a2");
-        b    = makeNode(Transform3D::create(), "b");
-        b1   = makeNode(ComponentTransform::create(), "b1");
         addRefCP(root);
-        root->addChild(a);
-        root->addChild(b);
-        a->addChild(a1);
-        a->addChild(a2);
-        b->addChild(b1);
+        a  = makeNode(Group::create(), "a", root);
+        a1 = makeNode(Group::create(), "a1", a);
+        a2 = makeNode(Transform::create(), "a2", a);
+        b  = makeNode(Transform3D::create(), "b", root);
+        b1 = makeNode(ComponentTransform::create(), "b1", b);
     }
     ~Tree() { subRefCP(root); }
 };
 
+// Answers a functor call for the named node, entering or leaving.
+typedef std::function<Action::ResultE(const std::string &node, bool entering)> Policy;
+
 /*! An action that logs "+name" on entry and "-name" on leaving every node. */
-std::unique_ptr<Action> loggingAction(std::string &log)
+std::unique_ptr<Action> loggingAction(std::string &log, Policy policy = Policy())
 {
     std::unique_ptr<Action> action(Action::create());
-    action->registerEnterFunction(NodeCore::getClassType(), [&log](const NodeCorePtr &, Action *act) {
-        log += "+" + nameOf(act->getActNode()) + " ";
-        return Action::Continue;
-    });
-    action->registerLeaveFunction(NodeCore::getClassType(), [&log](const NodeCorePtr &, Action *act) {
-        log += "-" + nameOf(act->getActNode()) + " ";
-        return Action::Continue;
-    });
+    auto functor = [&log, policy](bool entering) {
+        return [&log, policy, entering](const NodeCorePtr &, Action *act) {
+            std::string name = nameOf(act->getActNode());
+            log += (entering ? "+" : "-") + name + " ";
+            return policy ? policy(name, entering) : Action::Continue;
+        };
+    };
+    action->registerEnterFunction(NodeCore::getClassType(), functor(true));
+    action->registerLeaveFunction(NodeCore::getClassType(), functor(false));
     return action;
 }
 
-Matrix translation(Real32 x, Real32 y, Real32 z)
-{
-    Matrix m;
-    m.setTranslate(x, y, z);
-    return m;
-}
-
-void setMatrix(const TransformPtr &t, const Matrix &m)
-{
-    beginEditCP(t, Transform::MatrixFieldMask);
-    t->setMatrix(m);
-    endEditCP(t, Transform::MatrixFieldMask);
-}
-
 /*! A unit square in the z = 0 plane of its node, as two triangles facing +z. */
-TestTrianglesPtr makeSquare(Real32 x0, Real32 y0, Real32 size)
+NodePtr makeSquare(const std::string &name, const NodePtr &parent)
 {
     TestTrianglesPtr tris = TestTriangles::create();
     beginEditCP(tris, TestTriangles::PositionsFieldMask);
-    MFPnt3f &p = *tris->editMFPositions();
-    p.push_back(Pnt3f(x0, y0, 0));
-    p.push_back(Pnt3f(x0 + size, y0, 0));
-    p.push_back(Pnt3f(x0 + size, y0 + size, 0));
-    p.push_back(Pnt3f(x0, y0, 0));
-    p.push_back(Pnt3f(x0 + size, y0 + size, 0));
-    p.push_back(Pnt3f(x0, y0 + size, 0));
+    for(const Pnt3f &p : { Pnt3f(0, 0, 0), Pnt3f(1, 0, 0), Pnt3f(1, 1, 0),
+                           Pnt3f(0, 0, 0), Pnt3f(1, 1, 0), Pnt3f(0, 1, 0) })
+        tris->editMFPositions()->push_back(p);
     endEditCP(tris, TestTriangles::PositionsFieldMask);
-    return tris;
+    return makeNode(tris, name, parent);
+}
+
+/*! Hangs a transform node with matrix m and a square below it under parent; returns the square. */
+NodePtr addSquareUnder(const NodePtr &parent, const Matrix &m, const std::string &name = "")
+{
+    TransformPtr xf = Transform::create();
+    beginEditCP(xf, Transform::MatrixFieldMask);
+    xf->setMatrix(m);
+    endEditCP(xf, Transform::MatrixFieldMask);
+    return makeSquare(name, makeNode(xf, "", parent));
+}
+
+bool hits(IntersectAction &ia, const NodePtr &root, const Line &line, Real32 maxDist = Inf)
+{
+    ia.setLine(line, maxDist);
+    ia.apply(root);
+    return ia.didHit();
+}
+
+Matrix transform(const Vec3f &t, const Vec3f &s = Vec3f(1, 1, 1))
+{
+    Matrix m;
+    m.setTransform(t, Quaternion(), s);
+    return m;
 }
 
 } // namespace
 
 /*---------------------------- Action ---------------------------------------*/
 
-TEST(Action, VisitsDepthFirstWithLeaveAfterTheChildren)
+TEST(Action, DepthFirstWithSkipAndQuit)
 {
     Tree tree;
-    std::string log;
-    auto action = loggingAction(log);
-    EXPECT_EQ(action->apply(tree.root), Action::Continue);
-    EXPECT_EQ(log, "+root +a +a1 -a1 +a2 -a2 -a +b +b1 -b1 -b -root ");
-    EXPECT_EQ(action->getActNode(), NullFC);
+    const struct
+    {
+        const char     *node;
+        bool            entering;
+        Action::ResultE answer, overall;
+        const char     *log;
+    } cases[] = {
+        { "", true, Action::Continue, Action::Continue, FullWalk },
+        // Skip: no children and no leave for that node.
+        { "b", true, Action::Skip, Action::Continue, "+root +a +a1 -a1 +a2 -a2 -a +b -root " },
+        { "a", true, Action::Skip, Action::Continue, "+root +a +b +b1 -b1 -b -root " },
+        // Quit on entry: no siblings and no leave for that node, but its ancestors are left.
+        { "a2", true, Action::Quit, Action::Quit, "+root +a +a1 -a1 +a2 -a -root " },
+        // Quit from a leave functor ends the traversal too.
+        { "a1", false, Action::Quit, Action::Quit, "+root +a +a1 -a1 -a -root " },
+    };
+    for(const auto &c : cases)
+    {
+        std::string log;
+        auto action = loggingAction(log, [&c](const std::string &name, bool entering) {
+            return name == c.node && entering == c.entering ? c.answer : Action::Continue;
+        });
+        EXPECT_EQ(action->apply(tree.root), c.overall) << c.node;
+        EXPECT_EQ(log, c.log) << c.node;
+    }
 }
 
-TEST(Action, PassesOverMaskedOccludedAndNullNodes)
+TEST(Action, PassesOverMaskedOccludedAndNullNodesAndQuitsOnBadOnes)
 {
     Tree tree;
     std::string log;
     auto action = loggingAction(log);
-
+    for(const NodePtr &n : { tree.a1, tree.b1 })      // only bit 0 of the occlusion mask hides
+    {
+        beginEditCP(n, Node::OcclusionMaskFieldMask);
+        n->setOcclusionMask(n == tree.a1 ? 1 : 2);
+        endEditCP(n, Node::OcclusionMaskFieldMask);
+    }
     tree.a->setTravMask(0x2);
     action->setTravMask(0x1);
-    beginEditCP(tree.b1, Node::OcclusionMaskFieldMask);
-    tree.b1->setOcclusionMask(1);
-    endEditCP(tree.b1, Node::OcclusionMaskFieldMask);
     tree.b->editMFChildren()->push_back(NodePtr());   // a null child
     EXPECT_EQ(action->apply(tree.root), Action::Continue);
-    EXPECT_EQ(log, "+root +b -b -root ");
+    EXPECT_EQ(log, "+root +b +b1 -b1 -b -root ");
+    EXPECT_EQ(action->getActNode(), NullFC);
+    tree.b->editMFChildren()->erase(tree.b->editMFChildren()->begin() + 1);
 
-    // A shared bit lets the node through; other occlusion bits do not matter.
+    // A shared bit lets a node through; a node without a core ends the traversal.
     log.clear();
     action->setTravMask(0x3);
-    beginEditCP(tree.b1, Node::OcclusionMaskFieldMask);
-    tree.b1->setOcclusionMask(2);
-    endEditCP(tree.b1, Node::OcclusionMaskFieldMask);
-    action->apply(tree.root);
-    EXPECT_EQ(log, "+root +a +a1 -a1 +a2 -a2 -a +b +b1 -b1 -b -root ");
-    tree.b->editMFChildren()->erase(tree.b->editMFChildren()->begin() + 1);
-}
-
-TEST(Action, SkipAndQuit)
-{
-    Tree tree;
-    std::string log;
-    auto action = loggingAction(log);
-
-    // Skip: no children and no leave for that node.
-    action->registerEnterFunction(Transform3D::getClassType(), [&log](const NodeCorePtr &, Action *act) {
-        log += "+" + nameOf(act->getActNode()) + "(skip) ";
-        return Action::Skip;
-    });
-    EXPECT_EQ(action->apply(tree.root), Action::Continue);
-    EXPECT_EQ(log, "+root +a +a1 -a1 +a2 -a2 -a +b(skip) -root ");
-
-    // Quit on entry: siblings are not visited, that node's leave does not run, its ancestors'
-    // leave functors do.
-    log.clear();
-    action->registerEnterFunction(Transform::getClassType(), [&log](const NodeCorePtr &, Action *act) {
-        log += "+" + nameOf(act->getActNode()) + "(quit) ";
-        return Action::Quit;
-    });
+    tree.a->addChild(Node::create());
+    LogCapture capture;
     EXPECT_EQ(action->apply(tree.root), Action::Quit);
-    EXPECT_EQ(log, "+root +a +a1 -a1 +a2(quit) -a -root ");
+    EXPECT_TRUE(capture.contains("has no core")) << capture.text();
+    EXPECT_EQ(log, "+root +a +a2 -a2 -a -root ");
+    EXPECT_EQ(action->apply(NodePtr()), Action::Quit);
+    EXPECT_TRUE(capture.contains("null")) << capture.text();
 
-    // Quit from a leave functor ends the traversal too.
+    // Several roots in turn.
+    std::vector<NodePtr> roots{ tree.b, tree.a2 };
     log.clear();
-    std::unique_ptr<Action> leaving(Action::create());
-    leaving->registerEnterFunction(NodeCore::getClassType(), [&log](const NodeCorePtr &, Action *act) {
-        log += "+" + nameOf(act->getActNode()) + " ";
-        return Action::Continue;
-    });
-    leaving->registerLeaveFunction(NodeCore::getClassType(), [&log](const NodeCorePtr &, Action *act) {
-        log += "-" + nameOf(act->getActNode()) + " ";
-        return nameOf(act->getActNode()) == "a1" ? Action::Quit : Action::Continue;
-    });
-    EXPECT_EQ(leaving->apply(tree.root), Action::Quit);
-    EXPECT_EQ(log, "+root +a +a1 -a1 -a -root ");
+    EXPECT_EQ(action->apply(roots.cbegin(), roots.cend()), Action::Continue);
+    EXPECT_EQ(log, "+b +b1 -b1 -b +a2 -a2 ");
 }
 
 TEST(Action, FunctorsFallBackToTheNearestAncestorType)
@@ -227,15 +225,13 @@ TEST(Action, ClassDefaultsReachActionsCreatedLater)
     std::unique_ptr<Action> after(Action::create());
     std::unique_ptr<IntersectAction> other(IntersectAction::create(Line(Pnt3f(0, 0, 0), Vec3f(1, 0, 0))));
     Action::registerEnterDefault(Transform3D::getClassType(), Action::Functor());
+    std::unique_ptr<Action> cleared(Action::create());
 
     before->apply(tree.root);
-    EXPECT_EQ(calls, 0u);
-    other->apply(tree.root);
-    EXPECT_EQ(calls, 0u) << "another action class keeps its own defaults";
-    after->apply(tree.root);
-    EXPECT_EQ(calls, 1u);
-    std::unique_ptr<Action> cleared(Action::create());
+    other->apply(tree.root);           // another action class keeps its own defaults
     cleared->apply(tree.root);
+    EXPECT_EQ(calls, 0u);
+    after->apply(tree.root);
     EXPECT_EQ(calls, 1u);
 }
 
@@ -250,11 +246,8 @@ TEST(Action, EnterFunctorsMayChooseTheNodesToTraverse)
         log += "+" + nameOf(node) + " ";
         if(node == tree.root)
         {
-            EXPECT_EQ(act->getNNodes(), 2u);
             act->addNode(node->getChild(1));
             EXPECT_EQ(act->getNNodes(), 1u);
-            EXPECT_EQ(act->getNode(0), tree.b);
-            EXPECT_EQ(act->getNode(1), NullFC);
         }
         else if(node == tree.a)
             act->useNodeList();
@@ -262,36 +255,9 @@ TEST(Action, EnterFunctorsMayChooseTheNodesToTraverse)
     });
     action->apply(tree.root);
     EXPECT_EQ(log, "+root +b +b1 -b1 -b -root ");
-
     log.clear();
     action->apply(tree.a);
     EXPECT_EQ(log, "+a -a ");
-}
-
-TEST(Action, BadInputWarnsAndQuits)
-{
-    std::unique_ptr<Action> action(Action::create());
-    {
-        LogCapture capture;
-        EXPECT_EQ(action->apply(NodePtr()), Action::Quit);
-        EXPECT_TRUE(capture.contains("null")) << capture.text();
-    }
-
-    Tree tree;
-    NodePtr bare = Node::create();
-    tree.a->addChild(bare);
-    std::string log;
-    auto logging = loggingAction(log);
-    LogCapture capture;
-    EXPECT_EQ(logging->apply(tree.root), Action::Quit);
-    EXPECT_TRUE(capture.contains("has no core")) << capture.text();
-    EXPECT_EQ(log, "+root +a +a1 -a1 +a2 -a2 -a -root ");
-
-    // Several roots in turn.
-    std::vector<NodePtr> roots{ tree.b, tree.a1 };
-    log.clear();
-    EXPECT_EQ(logging->apply(roots.cbegin(), roots.cend()), Action::Continue);
-    EXPECT_EQ(log, "+b +b1 -b1 -b +a1 -a1 ");
 }
 
 /*---------------------------- free traversal -------------------------------*/
@@ -300,55 +266,46 @@ TEST(Traverse, EnterOnlyAndEnterLeave)
 {
     Tree tree;
     std::string log;
-    auto enter = [&log](NodePtr &n) {
-        log += "+" + nameOf(n) + " ";
-        if(nameOf(n) == "a")
-            return Action::Skip;
-        return nameOf(n) == "b1" ? Action::Quit : Action::Continue;
+    auto enter = [&log](Policy policy) {
+        return [&log, policy](NodePtr &n) {
+            log += "+" + nameOf(n) + " ";
+            return policy(nameOf(n), true);
+        };
     };
-    EXPECT_EQ(traverse(tree.root, enter), Action::Quit);
+    auto leave = [&log](bool forgive) {
+        return [&log, forgive](NodePtr &n, Action::ResultE res) {
+            log += "-" + nameOf(n) + "=" + std::to_string(int(res)) + " ";
+            return forgive ? Action::Continue : res;
+        };
+    };
+    auto skipAQuitB1 = [](const std::string &n, bool) {
+        return n == "a" ? Action::Skip : n == "b1" ? Action::Quit : Action::Continue;
+    };
+    EXPECT_EQ(traverse(tree.root, enter(skipAQuitB1)), Action::Quit);
     EXPECT_EQ(log, "+root +a +b +b1 ");
 
     // With leave: every entered node is left, with its result so far.
     log.clear();
-    auto leave = [&log](NodePtr &n, Action::ResultE res) {
-        log += "-" + nameOf(n) + "=" + std::to_string(int(res)) + " ";
-        return res;
-    };
-    EXPECT_EQ(traverse(tree.root, enter, leave), Action::Quit);
+    EXPECT_EQ(traverse(tree.root, enter(skipAQuitB1), leave(false)), Action::Quit);
     EXPECT_EQ(log, "+root +a -a=0 +b +b1 -b1=2 -b=2 -root=2 ");
-
     // The leave result becomes the node's result: turning a Quit into Continue goes on.
     log.clear();
-    auto forgiving = [&log](NodePtr &n, Action::ResultE) {
-        log += "-" + nameOf(n) + " ";
-        return Action::Continue;
-    };
-    EXPECT_EQ(traverse(tree.root, [&log](NodePtr &n) {
-                  log += "+" + nameOf(n) + " ";
-                  return nameOf(n) == "a1" ? Action::Quit : Action::Continue;
-              }, forgiving),
-              Action::Continue);
-    EXPECT_EQ(log, "+root +a +a1 -a1 +a2 -a2 -a +b +b1 -b1 -b -root ");
+    EXPECT_EQ(traverse(tree.root, enter([](const std::string &n, bool) {
+                  return n == "a2" ? Action::Quit : Action::Continue;
+              }), leave(true)), Action::Continue);
+    EXPECT_EQ(log, "+root +a +a1 -a1=0 +a2 -a2=2 -a=0 +b +b1 -b1=0 -b=0 -root=0 ");
 
-    // Lists, null entries and empty functors.
+    // Lists with null entries, and empty functors.
     log.clear();
     std::vector<NodePtr> list{ tree.a1, NodePtr(), tree.b1 };
-    EXPECT_EQ(traverse(list, [&log](NodePtr &n) {
-                  log += nameOf(n) + " ";
-                  return Action::Continue;
-              }),
-              Action::Continue);
-    EXPECT_EQ(log, "a1 b1 ");
+    EXPECT_EQ(traverse(list, enter(skipAQuitB1)), Action::Quit);
+    EXPECT_EQ(log, "+a1 +b1 ");
     LogCapture capture;
     EXPECT_EQ(traverse(tree.root, TraverseEnterFunctor()), Action::Quit);
     EXPECT_TRUE(capture.contains("empty")) << capture.text();
-}
 
-TEST(Traverse, EnterMayRewriteTheChildrenOfItsNode)
-{
-    Tree tree;
-    std::string log;
+    // Enter may rewrite the children of its own node.
+    log.clear();
     traverse(tree.root, [&log, &tree](NodePtr &n) {
         log += nameOf(n) + " ";
         if(n == tree.a)
@@ -365,19 +322,25 @@ TEST(Traverse, EnterMayRewriteTheChildrenOfItsNode)
 
 namespace {
 
-class CountingGraphOp : public GraphOp
+class LoggingGraphOp : public GraphOp
 {
   public:
-    CountingGraphOp(const char *name = "Counting") : GraphOp(name) {}
+    LoggingGraphOp(void) : GraphOp("Logging") {}
 
-    GraphOp *create(void) override { return new CountingGraphOp(); }
+    GraphOp *create(void) override { return new LoggingGraphOp(); }
     void setParams(const std::string) override {}
     std::string usage(void) override { return std::string(); }
 
-    std::string log;
-    std::string stopAt;
+    std::string log, stopAt, quitAt;
 
   protected:
+    Action::ResultE traverseEnter(NodePtr &node) override
+    {
+        if(nameOf(node) != quitAt)
+            return GraphOp::traverseEnter(node);
+        log += "!" + quitAt + " ";
+        return Action::Quit;
+    }
     bool travNodeEnter(const NodePtr &node) override
     {
         log += "+" + nameOf(node) + " ";
@@ -390,66 +353,40 @@ class CountingGraphOp : public GraphOp
     }
 };
 
-class QuittingGraphOp : public CountingGraphOp
-{
-  protected:
-    Action::ResultE traverseEnter(NodePtr &node) override
-    {
-        log += nameOf(node) + " ";
-        return nameOf(node) == "a2" ? Action::Quit : Action::Continue;
-    }
-};
-
 } // namespace
 
 TEST(GraphOp, EnterFalseStopsDescentAndLeaveIsIgnored)
 {
     Tree tree;
-    CountingGraphOp op;
-    EXPECT_EQ(op.getName(), "Counting");
-    EXPECT_STREQ(GraphOp::getClassname(), "GraphOp");
+    LoggingGraphOp op;
     op.stopAt = "a";
     EXPECT_TRUE(op.traverse(tree.root));
     EXPECT_EQ(op.log, "+root +a -a +b +b1 -b1 -b -root ");
 
-    op.setName(NULL);
-    EXPECT_EQ(op.getName(), "");
-    std::unique_ptr<GraphOp> fresh(op.create());
-    EXPECT_EQ(fresh->getName(), "Counting");
-
     // A Quit from an overridden traverseEnter survives the default leave.
-    QuittingGraphOp quitting;
+    LoggingGraphOp quitting;
+    quitting.quitAt = "a2";
     EXPECT_FALSE(quitting.traverse(tree.root));
-    EXPECT_EQ(quitting.log, "root a a1 -a1 a2 -a2 -a -root ");
+    EXPECT_EQ(quitting.log, "+root +a +a1 -a1 !a2 -a2 -a -root ");
 
     NodePtr none;
     LogCapture capture;
     EXPECT_FALSE(op.traverse(none));
     EXPECT_TRUE(capture.contains("root is null")) << capture.text();
+    op.setName(NULL);
+    EXPECT_EQ(op.getName(), "");
 }
 
 /*---------------------------- IntersectAction ------------------------------*/
 
 TEST(IntersectAction, NearestHitThroughTransforms)
 {
-    // root ── near: translate z = 2, scale 2 ── square (0..1)² → world (0..2)² at z 2
-    //      └─ far:  translate z = 5           ── square (0..1)²            at z 5
+    // far:  translate z = 5            → square (0..1)² at z 5
+    // near: translate z = 2, scale 2   → square (0..2)² at z 2
     NodePtr root = makeNode(Group::create(), "root");
     addRefCP(root);
-    TransformPtr nearXf = Transform::create(), farXf = Transform::create();
-    Matrix m = translation(0, 0, 2);
-    Matrix s;
-    s.setScale(2.f);
-    m.mult(s);
-    setMatrix(nearXf, m);
-    setMatrix(farXf, translation(0, 0, 5));
-    NodePtr nearNode = makeNode(nearXf, "near"), farNode = makeNode(farXf, "far");
-    NodePtr nearSquare = makeNode(makeSquare(0, 0, 1), "nearSquare");
-    NodePtr farSquare  = makeNode(makeSquare(0, 0, 1), "farSquare");
-    root->addChild(farNode);
-    root->addChild(nearNode);
-    farNode->addChild(farSquare);
-    nearNode->addChild(nearSquare);
+    NodePtr farSquare  = addSquareUnder(root, transform(Vec3f(0, 0, 5)), "farSquare");
+    NodePtr nearSquare = addSquareUnder(root, transform(Vec3f(0, 0, 2), Vec3f(2, 2, 2)), "nearSquare");
 
     Line down(Pnt3f(0.5f, 0.25f, 10), Vec3f(0, 0, -1));
     std::unique_ptr<IntersectAction> ia(IntersectAction::create(down));
@@ -460,35 +397,22 @@ TEST(IntersectAction, NearestHitThroughTransforms)
     EXPECT_EQ(ia->getHitTriangle(), 0);
     EXPECT_EQ(ia->getHitNormal(), Vec3f(0, 0, 1));
     EXPECT_EQ(ia->getLine(), down) << "the line is restored";
-    Pnt3f hit = ia->getHitPoint();
-    EXPECT_NEAR(hit[0], 0.5f, 1e-5f);
-    EXPECT_NEAR(hit[2], 5.f, 1e-5f);
+    EXPECT_TRUE(ia->getHitPoint().equals(Pnt3f(0.5f, 0.25f, 5), 1e-5f));
 
-    // Outside the far square but inside the scaled near one: the distance is in world units.
-    ia->setLine(Line(Pnt3f(1.5f, 1.75f, 10), Vec3f(0, 0, -1)));
-    ia->apply(root);
-    ASSERT_TRUE(ia->didHit());
+    // Outside the far square but inside the scaled near one: distances are in world units, the
+    // maximum distance too.
+    Line outside(Pnt3f(1.5f, 1.75f, 10), Vec3f(0, 0, -1));
+    ASSERT_TRUE(hits(*ia, root, outside));
     EXPECT_EQ(ia->getHitObject(), nearSquare);
     EXPECT_EQ(ia->getHitTriangle(), 1);
     EXPECT_NEAR(ia->getHitT(), 8.f, 1e-5f);
     EXPECT_NEAR(ia->getHitPoint()[2], 2.f, 1e-5f);
-    EXPECT_FLOAT_EQ(ia->getMaxDist(), Inf);
-
-    // The maximum distance is in world units as well.
-    ia->setLine(Line(Pnt3f(1.5f, 1.75f, 10), Vec3f(0, 0, -1)), 7.5f);
-    ia->apply(root);
-    EXPECT_FALSE(ia->didHit());
+    EXPECT_FALSE(hits(*ia, root, outside, 7.5f));
     EXPECT_EQ(ia->getHitT(), -1.f);
     EXPECT_EQ(ia->getHitObject(), NullFC);
-    EXPECT_FLOAT_EQ(ia->getMaxDist(), 7.5f);
-    ia->setLine(Line(Pnt3f(1.5f, 1.75f, 10), Vec3f(0, 0, -1)), 8.5f);
-    ia->apply(root);
-    EXPECT_TRUE(ia->didHit());
-
+    EXPECT_TRUE(hits(*ia, root, outside, 8.5f));
     // Pointing away finds nothing; a miss leaves no hit from the previous run.
-    ia->setLine(Line(Pnt3f(0.5f, 0.5f, 10), Vec3f(0, 0, 1)));
-    ia->apply(root);
-    EXPECT_FALSE(ia->didHit());
+    EXPECT_FALSE(hits(*ia, root, Line(Pnt3f(0.5f, 0.5f, 10), Vec3f(0, 0, 1))));
     subRefCP(root);
 }
 
@@ -496,36 +420,23 @@ TEST(IntersectAction, ValidVolumesPruneSubtrees)
 {
     NodePtr root = makeNode(Group::create(), "root");
     addRefCP(root);
-    TransformPtr left = Transform::create(), right = Transform::create();
-    setMatrix(left, translation(-10, 0, 0));
-    setMatrix(right, translation(10, 0, 0));
-    NodePtr l = makeNode(left), r = makeNode(right);
-    root->addChild(l);
-    root->addChild(r);
-    l->addChild(makeNode(makeSquare(0, 0, 1)));
-    r->addChild(makeNode(makeSquare(0, 0, 1)));
+    addSquareUnder(root, transform(Vec3f(-10, 0, 0)));
+    addSquareUnder(root, transform(Vec3f(10, 0, 0)));
+    std::unique_ptr<IntersectAction> ia(IntersectAction::create());
+    const Line line(Pnt3f(10.5f, 0.5f, 3), Vec3f(0, 0, -1));
 
-    Line line(Pnt3f(10.5f, 0.5f, 3), Vec3f(0, 0, -1));
-    std::unique_ptr<IntersectAction> ia(IntersectAction::create(line));
-
-    // Without valid volumes every drawable is tested.
+    // Without valid volumes every drawable is tested; with them only the one the line meets, and
+    // none beyond the maximum distance.
+    for(UInt32 expectedCalls : { 2u, 1u })
+    {
+        TestTriangles::intersectCalls = 0;
+        EXPECT_TRUE(hits(*ia, root, line));
+        EXPECT_NEAR(ia->getHitT(), 3.f, 1e-5f);
+        EXPECT_EQ(TestTriangles::intersectCalls, expectedCalls);
+        root->updateVolume();
+    }
     TestTriangles::intersectCalls = 0;
-    ia->apply(root);
-    EXPECT_TRUE(ia->didHit());
-    EXPECT_EQ(TestTriangles::intersectCalls, 2u);
-
-    root->updateVolume();
-    TestTriangles::intersectCalls = 0;
-    ia->apply(root);
-    EXPECT_TRUE(ia->didHit());
-    EXPECT_NEAR(ia->getHitT(), 3.f, 1e-5f);
-    EXPECT_EQ(TestTriangles::intersectCalls, 1u);
-
-    // A subtree behind a nearer hit is not entered either.
-    TestTriangles::intersectCalls = 0;
-    ia->setLine(Line(Pnt3f(10.5f, 0.5f, 3), Vec3f(0, 0, -1)), 2.f);
-    ia->apply(root);
-    EXPECT_FALSE(ia->didHit());
+    EXPECT_FALSE(hits(*ia, root, line, 2.f));
     EXPECT_EQ(TestTriangles::intersectCalls, 0u);
     subRefCP(root);
 }
@@ -534,22 +445,16 @@ TEST(IntersectAction, RotatedAndFlattenedTransforms)
 {
     NodePtr root = makeNode(Group::create(), "root");
     addRefCP(root);
-    // The square turned to face +x and pushed to x = 4.
+    // The square turned to face +x and pushed to x = 4: corners (x, y, 0) map to (4, y, -x).
     ComponentTransformPtr ct = ComponentTransform::create();
     beginEditCP(ct, ComponentTransform::ComponentsFieldMask);
     ct->setRotation(Quaternion(Vec3f(0, 1, 0), 3.14159265f / 2));
     ct->setTranslation(Vec3f(4, 0, 0));
     endEditCP(ct, ComponentTransform::ComponentsFieldMask);
-    NodePtr xf = makeNode(ct);
-    NodePtr square = makeNode(makeSquare(0, 0, 1));
-    root->addChild(xf);
-    xf->addChild(square);
+    NodePtr xf = makeNode(ct, "", root), square = makeSquare("", xf);
 
-    // Square corners (x, y, 0) map to (4, y, -x).
-    std::unique_ptr<IntersectAction> ia(
-        IntersectAction::create(Line(Pnt3f(0, 0.5f, -0.25f), Vec3f(1, 0, 0))));
-    ia->apply(root);
-    ASSERT_TRUE(ia->didHit());
+    std::unique_ptr<IntersectAction> ia(IntersectAction::create());
+    ASSERT_TRUE(hits(*ia, root, Line(Pnt3f(0, 0.5f, -0.25f), Vec3f(1, 0, 0))));
     EXPECT_NEAR(ia->getHitT(), 4.f, 1e-5f);
     EXPECT_NEAR(ia->getHitPoint()[0], 4.f, 1e-5f);
     // The normal is the drawable's own; its world form goes through the node's matrix.
@@ -558,16 +463,9 @@ TEST(IntersectAction, RotatedAndFlattenedTransforms)
     EXPECT_NEAR(worldNormal[0], 1.f, 1e-5f);
 
     // A matrix that flattens the subtree cannot be entered.
-    TransformPtr flat = Transform::create();
-    Matrix m;
-    m.setScale(1, 1, 0);
-    setMatrix(flat, m);
-    beginEditCP(xf, Node::CoreFieldMask);
-    xf->setCore(flat);
-    endEditCP(xf, Node::CoreFieldMask);
-    ia->setLine(Line(Pnt3f(0.5f, 0.5f, 5), Vec3f(0, 0, -1)));
-    ia->apply(root);
-    EXPECT_FALSE(ia->didHit());
+    addSquareUnder(root, transform(Vec3f(0, 0, 0), Vec3f(1, 1, 0)));
+    root->subChild(xf);
+    EXPECT_FALSE(hits(*ia, root, Line(Pnt3f(0.5f, 0.5f, 5), Vec3f(0, 0, -1))));
 
     // A line without direction is refused.
     ia->setLine(Line());
@@ -582,9 +480,9 @@ TEST(IntersectAction, HitBookkeeping)
     std::unique_ptr<IntersectAction> ia(IntersectAction::create(Line(Pnt3f(0, 0, 0), Vec3f(1, 0, 0)), 10.f));
     NodePtr n = Node::create();
     addRefCP(n);
-    EXPECT_EQ(ia->getHitT(), -1.f);
     EXPECT_EQ(ia->getHitTriangle(), -1);
 
+    // Hits behind the start or beyond the maximum are ignored; the nearest wins, the first of ties.
     ia->setHit(-0.5f, n, 1, Vec3f(1, 0, 0));
     ia->setHit(11.f, n, 2, Vec3f(1, 0, 0));
     EXPECT_FALSE(ia->didHit());
@@ -605,8 +503,5 @@ TEST(IntersectAction, HitBookkeeping)
     EXPECT_FLOAT_EQ(ia->getHitT(), 1.f);
     EXPECT_FLOAT_EQ(ia->getMaxDist(), 5.f);
     EXPECT_EQ(ia->setEnterLeave(6.f, 8.f), Action::Skip);   // beyond the maximum
-
-    IntersectAction copy(*ia);
-    EXPECT_FLOAT_EQ(copy.getHitT(), 1.f);
     subRefCP(n);
 }

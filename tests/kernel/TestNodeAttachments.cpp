@@ -199,3 +199,24 @@ TEST(NameAttachment, SetAndGetNamesOnContainers)
     setName(NodePtr(), "ignored");
     subRefCP(node);
 }
+
+TEST(NodeOwnership, DeepHierarchiesAreReleasedWithoutRecursion)
+{
+    // Deep enough that one stack frame per level would overflow the default stack.
+    const UInt32 depth = 300000;
+    NodePtr root = Node::create();
+    addRefCP(root);
+    NodePtr last = root;
+    for(UInt32 i = 0; i < depth; ++i)
+    {
+        NodePtr n = Node::create();
+        last->addChild(n);
+        last = n;
+    }
+    EXPECT_TRUE(last->getToWorld().equals(Matrix::identity(), 0.f));
+    UInt32 lastId = last.getFieldContainerId();
+    UInt32 live   = FieldContainerFactory::the()->getNumLiveContainers();
+    subRefCP(root);
+    EXPECT_EQ(FieldContainerFactory::the()->getContainer(lastId), NullFC);
+    EXPECT_EQ(FieldContainerFactory::the()->getNumLiveContainers(), live - depth - 1);
+}

@@ -1,5 +1,5 @@
-// Transform cores: their matrices, how edits of matrix and components interact, and their effect
-// on to-world matrices and volumes.
+// Transform cores: their matrices against products built here, how edits of matrix and components
+// interact, and their effect on to-world matrices and volumes.
 
 #include <OpenSG/OSGNode.h>
 #include <OpenSG/OSGGroup.h>
@@ -13,6 +13,7 @@
 
 #include <cmath>
 #include <string>
+#include <vector>
 
 using namespace osg;
 
@@ -21,87 +22,53 @@ namespace {
 // Textbook 4x4 in row/column notation, independent of the kernel's Matrix.
 struct M4
 {
-    double v[4][4];   // v[row][col]
+    double v[4][4] = { { 1, 0, 0, 0 }, { 0, 1, 0, 0 }, { 0, 0, 1, 0 }, { 0, 0, 0, 1 } };   // [row][col]
 
-    static M4 identity()
-    {
-        M4 m{};
-        for(int i = 0; i < 4; ++i)
-            m.v[i][i] = 1;
-        return m;
-    }
     M4 operator*(const M4 &b) const
     {
-        M4 r{};
+        M4 r;
         for(int i = 0; i < 4; ++i)
             for(int j = 0; j < 4; ++j)
+            {
+                r.v[i][j] = 0;
                 for(int k = 0; k < 4; ++k)
                     r.v[i][j] += v[i][k] * b.v[k][j];
+            }
         return r;
     }
 };
 
-const double kPi = 3.14159265358979323846;
-
-M4 T(double x, double y, double z)
+// Translation by t after scaling by s.
+M4 TS(const Vec3f &t, const Vec3f &s = Vec3f(1, 1, 1))
 {
-    M4 m = M4::identity();
-    m.v[0][3] = x;
-    m.v[1][3] = y;
-    m.v[2][3] = z;
-    return m;
-}
-M4 T(const Vec3f &t, double sign = 1) { return T(sign * t[0], sign * t[1], sign * t[2]); }
-
-M4 S(const Vec3f &s)
-{
-    M4 m = M4::identity();
-    m.v[0][0] = s[0];
-    m.v[1][1] = s[1];
-    m.v[2][2] = s[2];
-    return m;
-}
-
-M4 Rx(double deg)
-{
-    double c = std::cos(deg * kPi / 180), s = std::sin(deg * kPi / 180);
-    M4 m = M4::identity();
-    m.v[1][1] = c; m.v[1][2] = -s;
-    m.v[2][1] = s; m.v[2][2] = c;
-    return m;
-}
-M4 Ry(double deg)
-{
-    double c = std::cos(deg * kPi / 180), s = std::sin(deg * kPi / 180);
-    M4 m = M4::identity();
-    m.v[0][0] = c;  m.v[0][2] = s;
-    m.v[2][0] = -s; m.v[2][2] = c;
-    return m;
-}
-M4 Rz(double deg)
-{
-    double c = std::cos(deg * kPi / 180), s = std::sin(deg * kPi / 180);
-    M4 m = M4::identity();
-    m.v[0][0] = c; m.v[0][1] = -s;
-    m.v[1][0] = s; m.v[1][1] = c;
-    return m;
-}
-
-// Rotation about one axis named by a letter, the angle taken from the matching component.
-M4 axisRot(char axis, const Vec3f &deg)
-{
-    switch(axis)
+    M4 m;
+    for(int i = 0; i < 3; ++i)
     {
-        case 'x': return Rx(deg[0]);
-        case 'y': return Ry(deg[1]);
-        default:  return Rz(deg[2]);
+        m.v[i][3] = t[i];
+        m.v[i][i] = s[i];
     }
+    return m;
+}
+
+// Rotation by deg degrees about axis 'x', 'y' or 'z'.
+M4 R(char axis, double deg)
+{
+    const double a = deg * 3.14159265358979323846 / 180;
+    const int    i = (axis - 'x' + 1) % 3, j = (axis - 'x' + 2) % 3;
+    M4           m;
+    m.v[i][i] = m.v[j][j] = std::cos(a);
+    m.v[j][i] = std::sin(a);
+    m.v[i][j] = -std::sin(a);
+    return m;
 }
 
 // The order string lists the axes in the order they act on a point.
 M4 euler(const Vec3f &deg, const std::string &order)
 {
-    return axisRot(order[2], deg) * axisRot(order[1], deg) * axisRot(order[0], deg);
+    M4 m;
+    for(char axis : order)
+        m = R(axis, deg[axis - 'x']) * m;
+    return m;
 }
 
 void expectMatrixEq(const Matrix &m, const M4 &ref, double tol = 1e-4)
@@ -111,139 +78,91 @@ void expectMatrixEq(const Matrix &m, const M4 &ref, double tol = 1e-4)
             EXPECT_NEAR(m[c][r], ref.v[r][c], tol) << "row " << r << " column " << c;
 }
 
-Pnt3f apply(const Matrix &m, const Pnt3f &p)
+::testing::AssertionResult maps(const Matrix &m, const Pnt3f &from, const Pnt3f &to)
 {
     Pnt3f out;
-    m.multMatrixPnt(p, out);
-    return out;
+    m.multMatrixPnt(from, out);
+    if(out.equals(to, 1e-4f))
+        return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << "(" << from << ") -> (" << out << "), not (" << to << ")";
 }
 
-void expectPntEq(const Pnt3f &a, const Pnt3f &b, float tol = 1e-4f)
+template <class PtrT, class SetT>
+void edit(const PtrT &fc, BitVector mask, SetT set)
 {
-    EXPECT_NEAR(a[0], b[0], tol);
-    EXPECT_NEAR(a[1], b[1], tol);
-    EXPECT_NEAR(a[2], b[2], tol);
+    beginEditCP(fc, mask);
+    set();
+    endEditCP(fc, mask);
 }
 
 struct Components
 {
-    Vec3f       translation, euler, scale{1, 1, 1}, scalePivot, scalePivotTranslation, rotatePivot,
-                orientation, rotatePivotTranslation;
+    Vec3f translation{}, euler{}, scale{ 1, 1, 1 }, scalePivot{}, scalePivotTranslation{}, rotatePivot{},
+        orientation{}, rotatePivotTranslation{};
     std::string order = "xyz";
 };
 
+const Components Busy = { Vec3f(1.5f, -2.f, 3.25f), Vec3f(30.f, -45.f, 110.f), Vec3f(2.f, 0.5f, -1.5f),
+                          Vec3f(0.25f, 1.f, -0.5f), Vec3f(-0.3f, 0.2f, 0.1f), Vec3f(1.f, 2.f, -1.f),
+                          Vec3f(10.f, 20.f, -35.f), Vec3f(0.4f, -0.6f, 0.7f) };
+
 void setComponents(const Transform3DPtr &t, const Components &c)
 {
-    beginEditCP(t, Transform3D::ComponentsFieldMask);
-    t->setTranslation(c.translation);
-    t->setEulerRotation(c.euler);
-    t->setEulerRotationOrder(c.order);
-    t->setScale(c.scale);
-    t->setScalePivot(c.scalePivot);
-    t->setScalePivotTranslation(c.scalePivotTranslation);
-    t->setRotatePivot(c.rotatePivot);
-    t->setEulerRotationOrientation(c.orientation);
-    t->setRotatePivotTranslation(c.rotatePivotTranslation);
-    endEditCP(t, Transform3D::ComponentsFieldMask);
+    edit(t, Transform3D::ComponentsFieldMask, [&] {
+        t->setTranslation(c.translation);
+        t->setEulerRotation(c.euler);
+        t->setEulerRotationOrder(c.order);
+        t->setScale(c.scale);
+        t->setScalePivot(c.scalePivot);
+        t->setScalePivotTranslation(c.scalePivotTranslation);
+        t->setRotatePivot(c.rotatePivot);
+        t->setEulerRotationOrientation(c.orientation);
+        t->setRotatePivotTranslation(c.rotatePivotTranslation);
+    });
 }
 
 M4 referenceStack(const Components &c, const std::string &order)
 {
-    return T(c.translation) * T(c.rotatePivotTranslation) * T(c.rotatePivot) * euler(c.euler, order) *
-           euler(c.orientation, "xyz") * T(c.rotatePivot, -1) * T(c.scalePivotTranslation) *
-           T(c.scalePivot) * S(c.scale) * T(c.scalePivot, -1);
+    return TS(c.translation) * TS(c.rotatePivotTranslation) * TS(c.rotatePivot) * euler(c.euler, order) *
+           euler(c.orientation, "xyz") * TS(-c.rotatePivot) * TS(c.scalePivotTranslation) *
+           TS(c.scalePivot, c.scale) * TS(-c.scalePivot);
 }
 
-Components busyComponents()
-{
-    Components c;
-    c.translation            = Vec3f(1.5f, -2.f, 3.25f);
-    c.euler                  = Vec3f(30.f, -45.f, 110.f);
-    c.scale                  = Vec3f(2.f, 0.5f, -1.5f);
-    c.scalePivot             = Vec3f(0.25f, 1.f, -0.5f);
-    c.scalePivotTranslation  = Vec3f(-0.3f, 0.2f, 0.1f);
-    c.rotatePivot            = Vec3f(1.f, 2.f, -1.f);
-    c.orientation            = Vec3f(10.f, 20.f, -35.f);
-    c.rotatePivotTranslation = Vec3f(0.4f, -0.6f, 0.7f);
-    return c;
-}
-
-NodePtr makeNode(const NodeCorePtr &core)
+NodePtr makeNode(const NodeCorePtr &core, const NodePtr &parent = NullFC)
 {
     NodePtr n = Node::create();
-    beginEditCP(n, Node::CoreFieldMask);
-    n->setCore(core);
-    endEditCP(n, Node::CoreFieldMask);
+    edit(n, Node::CoreFieldMask, [&] { n->setCore(core); });
+    if(parent != NullFC)
+        parent->addChild(n);
     return n;
+}
+
+BitVector changedMask(const FieldContainerPtr &fc)
+{
+    return Thread::getCurrentChangeList()->getChangedMask(fc.getFieldContainerId());
 }
 
 } // namespace
 
 /*---------------------------- ComponentTransform ---------------------------*/
 
-TEST(ComponentTransform, ComponentsBuildTheCentredVrmlMatrix)
+TEST(ComponentTransform, ComponentsBuildTheCentredMatrix)
 {
     ComponentTransformPtr ct = ComponentTransform::create();
     addRefCP(ct);
-    EXPECT_EQ(ct->getScale(), Vec3f(1, 1, 1));
-    EXPECT_TRUE(ct->getMatrix().equals(Matrix::identity(), 0.f));
-
+    const Vec3f t(-1, 4, 2), c(0.5f, -2, 1), s(3, 1, 2);
     Thread::getCurrentChangeList()->clearAll();
-    const BitVector mask = ComponentTransform::TranslationFieldMask |
-                           ComponentTransform::CenterFieldMask |
-                           ComponentTransform::RotationFieldMask | ComponentTransform::ScaleFieldMask;
-    beginEditCP(ct, mask);
-    ct->setTranslation(Vec3f(1, 2, 3));
-    ct->setCenter(Vec3f(1, 0, 0));
-    ct->setRotation(Quaternion(Vec3f(0, 0, 1), float(kPi / 2)));
-    ct->setScale(Vec3f(2, 2, 2));
-    endEditCP(ct, mask);
-
-    const Matrix &m = ct->getMatrix();
-    EXPECT_NEAR(m[3][0], 2.f, 1e-5f);
-    EXPECT_NEAR(m[3][1], 0.f, 1e-5f);
-    EXPECT_NEAR(m[3][2], 3.f, 1e-5f);
-    EXPECT_NEAR(m[3][3], 1.f, 1e-6f);
-    M4 rot = Rz(90);
-    for(int r = 0; r < 3; ++r)
-        for(int c = 0; c < 3; ++c)
-            EXPECT_NEAR(m[c][r], 2 * rot.v[r][c], 1e-5) << r << "," << c;
-
+    edit(ct, ComponentTransform::ComponentsFieldMask, [&] {
+        ct->setTranslation(t);
+        ct->setCenter(c);
+        ct->setRotation(Quaternion(Vec3f(0, 1, 0), Real32(Pi / 2)));
+        ct->setScale(s);
+        ct->setScaleOrientation(Quaternion(Vec3f(0, 0, 1), Real32(Pi / 6)));
+    });
+    // T(t) T(c) R SO S SO^-1 T(-c): the stretch acts along the scale orientation's axes.
+    expectMatrixEq(ct->getMatrix(), TS(t + c) * R('y', 90) * R('z', 30) * TS(Vec3f(), s) * R('z', -30) * TS(-c));
     // The rebuilt matrix is not recorded as an edit of its own.
-    EXPECT_EQ(Thread::getCurrentChangeList()->getChangedMask(ct.getFieldContainerId()), mask);
-    subRefCP(ct);
-}
-
-TEST(ComponentTransform, ScaleOrientationAndCentreMatchTheFactorisation)
-{
-    ComponentTransformPtr ct = ComponentTransform::create();
-    addRefCP(ct);
-    Quaternion so(Vec3f(1, 1, 0), 0.7f);
-    beginEditCP(ct, ComponentTransform::ComponentsFieldMask);
-    ct->setTranslation(Vec3f(-1, 4, 2));
-    ct->setCenter(Vec3f(0.5f, -2, 1));
-    ct->setRotation(Quaternion(Vec3f(0, 1, 0), float(kPi / 2)));
-    ct->setScale(Vec3f(3, 1, 2));
-    ct->setScaleOrientation(so);
-    endEditCP(ct, ComponentTransform::ComponentsFieldMask);
-
-    // R(so) S R(so)^-1 stretches along so's axes: so's x axis by 3, its y axis by 1.
-    Vec3f ax, ay;
-    Matrix som;
-    so.getValue(som);
-    ax.setValues(som[0][0], som[0][1], som[0][2]);
-    ay.setValues(som[1][0], som[1][1], som[1][2]);
-    Pnt3f c(0.5f, -2, 1);
-    Pnt3f expectX = Pnt3f(-1, 4, 2) + Vec3f(c);   // c maps to t + c
-    expectPntEq(apply(ct->getMatrix(), c), expectX);
-
-    Matrix rotY;
-    Quaternion(Vec3f(0, 1, 0), float(kPi / 2)).getValue(rotY);
-    Vec3f rx, ry;
-    rotY.multMatrixVec(ax * 3.f, rx);
-    rotY.multMatrixVec(ay * 1.f, ry);
-    expectPntEq(apply(ct->getMatrix(), c + ax), expectX + rx);
-    expectPntEq(apply(ct->getMatrix(), c + ay), expectX + ry);
+    EXPECT_EQ(changedMask(ct), ComponentTransform::ComponentsFieldMask);
     subRefCP(ct);
 }
 
@@ -251,89 +170,70 @@ TEST(ComponentTransform, MatrixOnlyEditDecomposesAroundAZeroCentre)
 {
     ComponentTransformPtr ct = ComponentTransform::create();
     addRefCP(ct);
-    beginEditCP(ct, ComponentTransform::ComponentsFieldMask);
-    ct->setCenter(Vec3f(5, 5, 5));
-    ct->setTranslation(Vec3f(1, 1, 1));
-    endEditCP(ct, ComponentTransform::ComponentsFieldMask);
-
+    edit(ct, ComponentTransform::ComponentsFieldMask, [&] {
+        ct->setCenter(Vec3f(5, 5, 5));
+        ct->setTranslation(Vec3f(1, 1, 1));
+    });
     Matrix m;
     m.setTransform(Vec3f(7, -3, 2), Quaternion(Vec3f(1, 2, 3), 1.1f), Vec3f(2, 3, 4));
     Thread::getCurrentChangeList()->clearAll();
-    beginEditCP(ct, ComponentTransform::MatrixFieldMask);
-    ct->setMatrix(m);
-    endEditCP(ct, ComponentTransform::MatrixFieldMask);
+    edit(ct, ComponentTransform::MatrixFieldMask, [&] { ct->setMatrix(m); });
 
     EXPECT_EQ(ct->getCenter(), Vec3f(0, 0, 0));
     EXPECT_EQ(ct->getTranslation(), Vec3f(7, -3, 2));
     EXPECT_TRUE(ct->getMatrix().equals(m, 0.f)) << "the matrix is kept as set";
+    EXPECT_EQ(changedMask(ct), ComponentTransform::MatrixFieldMask);
     // The components describe the same matrix, whatever order the stretch axes came back in.
     Matrix rebuilt;
     rebuilt.setTransform(ct->getTranslation(), ct->getRotation(), ct->getScale(),
                          ct->getScaleOrientation(), ct->getCenter());
     EXPECT_TRUE(rebuilt.equals(m, 1e-4f)) << rebuilt << "\n" << m;
-    EXPECT_EQ(Thread::getCurrentChangeList()->getChangedMask(ct.getFieldContainerId()),
-              ComponentTransform::MatrixFieldMask);
 
     // A following component edit wins over the matrix.
-    beginEditCP(ct, ComponentTransform::TranslationFieldMask);
-    ct->setTranslation(Vec3f(0, 0, 9));
-    endEditCP(ct, ComponentTransform::TranslationFieldMask);
-    EXPECT_NEAR(ct->getMatrix()[3][2], 9.f, 1e-5f);
-    EXPECT_NEAR(ct->getMatrix()[3][0], 0.f, 1e-5f);
+    edit(ct, ComponentTransform::TranslationFieldMask, [&] { ct->setTranslation(Vec3f(0, 0, 9)); });
+    EXPECT_TRUE(maps(ct->getMatrix(), Pnt3f(0, 0, 0), Pnt3f(0, 0, 9)));
     subRefCP(ct);
 }
 
 /*---------------------------- Transform3D ----------------------------------*/
 
-TEST(Transform3D, DefaultsAndTheFullStackAgainstAnIndependentProduct)
+TEST(Transform3D, TheFullStackInEveryRotationOrderAgainstAnIndependentProduct)
 {
     Transform3DPtr t = Transform3D::create();
     addRefCP(t);
-    EXPECT_EQ(t->getEulerRotationOrder(), "xyz");
-    EXPECT_EQ(t->getRotationMode(), 0);
-    EXPECT_EQ(t->getScale(), Vec3f(1, 1, 1));
-    EXPECT_TRUE(t->getMatrix().equals(Matrix::identity(), 0.f));
-    EXPECT_EQ(Transform3D::MatrixFieldId, 3u);
-    EXPECT_EQ(Transform3D::TranslationFieldId, 4u);
-    EXPECT_EQ(Transform3D::RotatePivotTranslationFieldId, 13u);
-
-    Components c = busyComponents();
-    Thread::getCurrentChangeList()->clearAll();
-    setComponents(t, c);
-    expectMatrixEq(t->getMatrix(), referenceStack(c, "xyz"));
-    EXPECT_EQ(Thread::getCurrentChangeList()->getChangedMask(t.getFieldContainerId()),
-              Transform3D::ComponentsFieldMask);
-
-    Matrix computed;
-    t->calcMatrix(computed);
-    EXPECT_TRUE(computed.equals(t->getMatrix(), 0.f));
-    subRefCP(t);
-}
-
-TEST(Transform3D, EveryRotationOrderInEitherCase)
-{
-    Transform3DPtr t = Transform3D::create();
-    addRefCP(t);
-    Components c = busyComponents();
-    const char *orders[] = { "xyz", "xzy", "yxz", "yzx", "zxy", "zyx" };
+    Components c = Busy;
     Matrix previous;
-    for(const char *order : orders)
+    for(std::string order : { "xyz", "xzy", "yxz", "yzx", "zxy", "zyx" })
     {
         SCOPED_TRACE(order);
         c.order = order;
+        Thread::getCurrentChangeList()->clearAll();
         setComponents(t, c);
         expectMatrixEq(t->getMatrix(), referenceStack(c, order));
         EXPECT_FALSE(t->getMatrix().equals(previous, 1e-3f)) << "orders must differ";
+        EXPECT_EQ(changedMask(t), Transform3D::ComponentsFieldMask);
+        Matrix computed;
+        t->calcMatrix(computed);
+        EXPECT_TRUE(computed.equals(t->getMatrix(), 0.f));
         previous = t->getMatrix();
 
-        std::string upper(order);
-        for(char &ch : upper)
+        for(char &ch : c.order)                 // upper case means the same
             ch = char(ch - 'a' + 'A');
-        c.order = upper;
         setComponents(t, c);
         EXPECT_TRUE(t->getMatrix().equals(previous, 0.f));
-        EXPECT_EQ(t->getEulerRotationOrder(), upper);
     }
+
+    // A matrix set directly stays (the rotation mode does not rebuild it) until a component edit.
+    Matrix direct;
+    direct.setTranslate(9, 8, 7);
+    edit(t, Transform3D::MatrixFieldMask | Transform3D::RotationModeFieldMask, [&] {
+        t->setMatrix(direct);
+        t->setRotationMode(3);
+    });
+    EXPECT_TRUE(t->getMatrix().equals(direct, 0.f));
+    EXPECT_EQ(t->getTranslation(), c.translation);
+    edit(t, Transform3D::ScaleFieldMask, [&] { t->setScale(c.scale); });
+    EXPECT_TRUE(t->getMatrix().equals(previous, 0.f));
     subRefCP(t);
 }
 
@@ -341,9 +241,8 @@ TEST(Transform3D, InvalidOrderWarnsAndActsAsXyz)
 {
     Transform3DPtr t = Transform3D::create();
     addRefCP(t);
-    Components c = busyComponents();
-    const char *bad[] = { "xxy", "xy", "xyzx", "abc", "" };
-    for(const char *order : bad)
+    Components c = Busy;
+    for(const char *order : { "xxy", "xy", "xyzx", "abc", "" })
     {
         SCOPED_TRACE(order);
         c.order = order;
@@ -358,89 +257,14 @@ TEST(Transform3D, InvalidOrderWarnsAndActsAsXyz)
     c.order = "zyx";
     LogCapture capture;
     setComponents(t, c);
-    beginEditCP(t, Transform3D::TranslationFieldMask);
-    t->setTranslation(Vec3f(0, 0, 0));
-    endEditCP(t, Transform3D::TranslationFieldMask);
+    edit(t, Transform3D::TranslationFieldMask, [&] { t->setTranslation(Vec3f(0, 0, 0)); });
     EXPECT_EQ(capture.count(), 0u);
 
     UInt32 axes[3] = { 9, 9, 9 };
     EXPECT_FALSE(Transform3D::parseRotationOrder("xzz", axes));
     EXPECT_EQ(axes[0], 9u);
     EXPECT_TRUE(Transform3D::parseRotationOrder("Zxy", axes));
-    EXPECT_EQ(axes[0], 2u);
-    EXPECT_EQ(axes[1], 0u);
-    EXPECT_EQ(axes[2], 1u);
-    subRefCP(t);
-}
-
-TEST(Transform3D, PivotsStayFixed)
-{
-    Transform3DPtr t = Transform3D::create();
-    addRefCP(t);
-
-    // Rotating about a pivot keeps the pivot and turns the points around it.
-    Components c;
-    c.rotatePivot = Vec3f(1, 0, 0);
-    c.euler       = Vec3f(0, 0, 90);
-    setComponents(t, c);
-    expectPntEq(apply(t->getMatrix(), Pnt3f(1, 0, 0)), Pnt3f(1, 0, 0));
-    expectPntEq(apply(t->getMatrix(), Pnt3f(2, 0, 0)), Pnt3f(1, 1, 0));
-
-    // The orientation acts before the rotation: x first by 90 about x, then 90 about z.
-    c.rotatePivot = Vec3f(0, 0, 0);
-    c.euler       = Vec3f(0, 0, 90);
-    c.orientation = Vec3f(90, 0, 0);
-    setComponents(t, c);
-    expectPntEq(apply(t->getMatrix(), Pnt3f(0, 1, 0)), Pnt3f(0, 0, 1));
-    expectPntEq(apply(t->getMatrix(), Pnt3f(0, 0, 1)), Pnt3f(1, 0, 0));
-
-    // Scaling about a pivot keeps the pivot.
-    c             = Components();
-    c.scalePivot  = Vec3f(1, 2, 3);
-    c.scale       = Vec3f(2, 3, 4);
-    setComponents(t, c);
-    expectPntEq(apply(t->getMatrix(), Pnt3f(1, 2, 3)), Pnt3f(1, 2, 3));
-    expectPntEq(apply(t->getMatrix(), Pnt3f(2, 3, 4)), Pnt3f(3, 5, 7));
-
-    // The pivot translations move after their stage: scale, then its pivot translation, then
-    // the rotation about the (unmoved) rotate pivot, then the rotate pivot translation.
-    c                        = Components();
-    c.scale                  = Vec3f(2, 2, 2);
-    c.scalePivotTranslation  = Vec3f(1, 0, 0);
-    c.euler                  = Vec3f(0, 0, 90);
-    c.rotatePivotTranslation = Vec3f(0, 0, 5);
-    setComponents(t, c);
-    // (1,0,0) -> scale (2,0,0) -> +spt (3,0,0) -> rot (0,3,0) -> +rpt (0,3,5)
-    expectPntEq(apply(t->getMatrix(), Pnt3f(1, 0, 0)), Pnt3f(0, 3, 5));
-    subRefCP(t);
-}
-
-TEST(Transform3D, RotationModeAndDirectMatrixEdits)
-{
-    Transform3DPtr t = Transform3D::create();
-    addRefCP(t);
-    Components c = busyComponents();
-    setComponents(t, c);
-    Matrix built = t->getMatrix();
-
-    beginEditCP(t, Transform3D::RotationModeFieldMask);
-    t->setRotationMode(3);
-    endEditCP(t, Transform3D::RotationModeFieldMask);
-    EXPECT_TRUE(t->getMatrix().equals(built, 0.f));
-
-    // A matrix set directly stays, and the components stay as they were.
-    Matrix direct;
-    direct.setTranslate(9, 8, 7);
-    beginEditCP(t, Transform3D::MatrixFieldMask);
-    t->setMatrix(direct);
-    endEditCP(t, Transform3D::MatrixFieldMask);
-    EXPECT_TRUE(t->getMatrix().equals(direct, 0.f));
-    EXPECT_EQ(t->getTranslation(), c.translation);
-
-    beginEditCP(t, Transform3D::ScaleFieldMask);
-    t->setScale(c.scale);
-    endEditCP(t, Transform3D::ScaleFieldMask);
-    EXPECT_TRUE(t->getMatrix().equals(built, 0.f));
+    EXPECT_EQ(std::vector<UInt32>(axes, axes + 3), (std::vector<UInt32>{ 2, 0, 1 }));
 
     // calcEulerRotation is the rotation part alone.
     Matrix r;
@@ -451,100 +275,92 @@ TEST(Transform3D, RotationModeAndDirectMatrixEdits)
     subRefCP(t);
 }
 
+TEST(Transform3D, PivotsStayFixed)
+{
+    Transform3DPtr t = Transform3D::create();
+    addRefCP(t);
+    const Vec3f o(0, 0, 0), one(1, 1, 1), z90(0, 0, 90);
+    // translation, euler, scale, scalePivot, scalePivotTranslation, rotatePivot, orientation,
+    // rotatePivotTranslation
+    const struct { Components c; Pnt3f from, to; } cases[] = {
+        // Rotating about a pivot keeps the pivot and turns the points around it.
+        { { o, z90, one, o, o, Vec3f(1, 0, 0) }, Pnt3f(1, 0, 0), Pnt3f(1, 0, 0) },
+        { { o, z90, one, o, o, Vec3f(1, 0, 0) }, Pnt3f(2, 0, 0), Pnt3f(1, 1, 0) },
+        // The orientation acts before the rotation: 90 about x, then 90 about z.
+        { { o, z90, one, o, o, o, Vec3f(90, 0, 0) }, Pnt3f(0, 1, 0), Pnt3f(0, 0, 1) },
+        { { o, z90, one, o, o, o, Vec3f(90, 0, 0) }, Pnt3f(0, 0, 1), Pnt3f(1, 0, 0) },
+        // Scaling about a pivot keeps the pivot.
+        { { o, o, Vec3f(2, 3, 4), Vec3f(1, 2, 3) }, Pnt3f(1, 2, 3), Pnt3f(1, 2, 3) },
+        { { o, o, Vec3f(2, 3, 4), Vec3f(1, 2, 3) }, Pnt3f(2, 3, 4), Pnt3f(3, 5, 7) },
+        // Each pivot translation moves after its stage:
+        // (1,0,0) -scale-> (2,0,0) -spt-> (3,0,0) -rotation-> (0,3,0) -rpt-> (0,3,5)
+        { { o, z90, Vec3f(2, 2, 2), o, Vec3f(1, 0, 0), o, o, Vec3f(0, 0, 5) }, Pnt3f(1, 0, 0), Pnt3f(0, 3, 5) },
+    };
+    for(const auto &k : cases)
+    {
+        setComponents(t, k.c);
+        EXPECT_TRUE(maps(t->getMatrix(), k.from, k.to)) << "case " << &k - cases;
+    }
+    subRefCP(t);
+}
+
 /*---------------------------- in the graph ---------------------------------*/
 
 TEST(TransformGraph, ToWorldMatricesMultiplyDownTheChain)
 {
-    TransformPtr top = Transform::create();
-    Matrix mTop;
-    mTop.setTransform(Vec3f(10, 0, 0), Quaternion(Vec3f(0, 0, 1), float(kPi / 2)));
-    beginEditCP(top, Transform::MatrixFieldMask);
-    top->setMatrix(mTop);
-    endEditCP(top, Transform::MatrixFieldMask);
-
+    TransformPtr          top = Transform::create();
     ComponentTransformPtr mid = ComponentTransform::create();
-    beginEditCP(mid, ComponentTransform::ScaleFieldMask);
-    mid->setScale(Vec3f(2, 2, 2));
-    endEditCP(mid, ComponentTransform::ScaleFieldMask);
-
-    Transform3DPtr low = Transform3D::create();
-    beginEditCP(low, Transform3D::TranslationFieldMask);
-    low->setTranslation(Vec3f(0, 1, 0));
-    endEditCP(low, Transform3D::TranslationFieldMask);
-
-    NodePtr root = makeNode(top), a = makeNode(mid), b = makeNode(low), leaf = makeNode(Group::create());
+    Transform3DPtr        low = Transform3D::create();
+    edit(top, Transform::MatrixFieldMask, [&] {
+        top->editMatrix().setTransform(Vec3f(10, 0, 0), Quaternion(Vec3f(0, 0, 1), Real32(Pi / 2)));
+    });
+    edit(mid, ComponentTransform::ScaleFieldMask, [&] { mid->setScale(Vec3f(2, 2, 2)); });
+    edit(low, Transform3D::TranslationFieldMask, [&] { low->setTranslation(Vec3f(0, 1, 0)); });
+    NodePtr root = makeNode(top), b = makeNode(low, makeNode(mid, root)), leaf = makeNode(Group::create(), b);
     addRefCP(root);
-    root->addChild(a);
-    a->addChild(b);
-    b->addChild(leaf);
 
     // leaf origin: +1 y, scale 2 -> (0,2,0), rotate 90 about z -> (-2,0,0), +10 x -> (8,0,0)
-    expectPntEq(apply(leaf->getToWorld(), Pnt3f(0, 0, 0)), Pnt3f(8, 0, 0));
-    expectPntEq(apply(leaf->getToWorld(), Pnt3f(1, 0, 0)), Pnt3f(8, 2, 0));
+    EXPECT_TRUE(maps(leaf->getToWorld(), Pnt3f(0, 0, 0), Pnt3f(8, 0, 0)));
+    EXPECT_TRUE(maps(leaf->getToWorld(), Pnt3f(1, 0, 0), Pnt3f(8, 2, 0)));
     // A node's to-world includes its own core.
-    expectPntEq(apply(root->getToWorld(), Pnt3f(0, 0, 0)), Pnt3f(10, 0, 0));
+    EXPECT_TRUE(maps(root->getToWorld(), Pnt3f(0, 0, 0), Pnt3f(10, 0, 0)));
     Matrix viaNode;
     b->getToWorld(viaNode);
     EXPECT_TRUE(viaNode.equals(leaf->getToWorld(), 0.f));
     subRefCP(root);
 }
 
-TEST(TransformGraph, VolumesFollowTheMatrixAndAreInvalidatedByIt)
+TEST(TransformGraph, MatrixAndComponentEditsInvalidateVolumesUpToTheRoot)
 {
     TransformPtr xf = Transform::create();
-    Matrix m;
-    m.setTransform(Vec3f(0, 0, 5), Quaternion(), Vec3f(2, 1, 1));
-    beginEditCP(xf, Transform::MatrixFieldMask);
-    xf->setMatrix(m);
-    endEditCP(xf, Transform::MatrixFieldMask);
-
-    NodePtr root = makeNode(Group::create()), xnode = makeNode(xf), leaf = makeNode(Group::create());
+    NodePtr root = makeNode(Group::create()), xnode = makeNode(xf, root), leaf = makeNode(Group::create(), xnode);
     addRefCP(root);
-    root->addChild(xnode);
-    xnode->addChild(leaf);
-    // A leaf with a fixed extent stands in for a drawable.
-    beginEditCP(leaf, Node::VolumeFieldMask);
-    DynamicVolume &fixed = leaf->editVolume(false);
-    fixed.setEmpty();
-    fixed.extendBy(Pnt3f(0, 0, 0));
-    fixed.extendBy(Pnt3f(1, 1, 1));
-    fixed.setStatic();
-    endEditCP(leaf, Node::VolumeFieldMask);
+    // A leaf with a fixed unit extent stands in for a drawable.
+    edit(leaf, Node::VolumeFieldMask, [&] {
+        DynamicVolume &fixed = leaf->editVolume(false);
+        fixed.setEmpty();
+        fixed.extendBy(Pnt3f(0, 0, 0));
+        fixed.extendBy(Pnt3f(1, 1, 1));
+        fixed.setStatic();
+    });
+    auto expectBounds = [&root](const Pnt3f &lo, const Pnt3f &hi) {
+        EXPECT_FALSE(root->getVolume().isValid());
+        Pnt3f l, h;
+        root->getVolume(true).getBounds(l, h);
+        EXPECT_TRUE(l.equals(lo, 1e-4f) && h.equals(hi, 1e-4f)) << l << " | " << h;
+    };
 
-    Pnt3f lo, hi;
-    root->getVolume(true).getBounds(lo, hi);
-    expectPntEq(lo, Pnt3f(0, 0, 5));
-    expectPntEq(hi, Pnt3f(2, 1, 6));
-
-    // Editing the matrix invalidates the volumes up to the root.
-    m.setTranslate(0, -5, 0);
-    beginEditCP(xf, Transform::MatrixFieldMask);
-    xf->setMatrix(m);
-    endEditCP(xf, Transform::MatrixFieldMask);
-    EXPECT_FALSE(xnode->getVolume().isValid());
-    EXPECT_FALSE(root->getVolume().isValid());
-    root->getVolume(true).getBounds(lo, hi);
-    expectPntEq(lo, Pnt3f(0, -5, 0));
-    expectPntEq(hi, Pnt3f(2, -4, 1));
-
-    // Components of the derived cores invalidate as well.
-    ComponentTransformPtr ct = ComponentTransform::create();
-    beginEditCP(xnode, Node::CoreFieldMask);
-    xnode->setCore(ct);
-    endEditCP(xnode, Node::CoreFieldMask);
     root->updateVolume();
-    beginEditCP(ct, ComponentTransform::TranslationFieldMask);
-    ct->setTranslation(Vec3f(3, 0, 0));
-    endEditCP(ct, ComponentTransform::TranslationFieldMask);
-    EXPECT_FALSE(root->getVolume().isValid());
-    root->getVolume(true).getBounds(lo, hi);
-    expectPntEq(lo, Pnt3f(3, 0, 0));
+    edit(xf, Transform::MatrixFieldMask, [&] {
+        xf->editMatrix().setTransform(Vec3f(0, -5, 0), Quaternion(), Vec3f(2, 1, 1));
+    });
+    EXPECT_FALSE(xnode->getVolume().isValid());
+    expectBounds(Pnt3f(0, -5, 0), Pnt3f(2, -4, 1));
 
-    // The leaf's world volume goes through both transforms above it.
-    DynamicVolume world;
-    leaf->getWorldVolume(world);
-    world.getBounds(lo, hi);
-    expectPntEq(lo, Pnt3f(3, 0, 0));
-    expectPntEq(hi, Pnt3f(4, 1, 1));
+    ComponentTransformPtr ct = ComponentTransform::create();
+    edit(xnode, Node::CoreFieldMask, [&] { xnode->setCore(ct); });
+    root->updateVolume();
+    edit(ct, ComponentTransform::TranslationFieldMask, [&] { ct->setTranslation(Vec3f(3, 0, 0)); });
+    expectBounds(Pnt3f(3, 0, 0), Pnt3f(4, 1, 1));
     subRefCP(root);
 }
