@@ -7,6 +7,8 @@ packages=(
     g++ cmake ninja-build make pkg-config python3 git ca-certificates
     libgtest-dev libgmock-dev libbenchmark-dev
     zlib1g-dev libpng-dev libtbb-dev
+    # The fuzz preset: clang with its libFuzzer and sanitizer runtimes.
+    clang libclang-rt-14-dev
     # Independent references the tests check against.
     libglm-dev imagemagick gzip
 )

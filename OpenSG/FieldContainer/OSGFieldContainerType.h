@@ -54,6 +54,8 @@ class FieldContainerType : public DataType
 
     /*! The descriptions this type adds, without inherited ones. */
     UInt32                  getNumOwnFieldDescs(void) const { return _ownDescCount; }
+    /*! Whether descriptions may be added after construction (never for generated types). */
+    bool                    getDescsAddable(void) const { return _descsAddable; }
 
     /*--------------------------- prototype ------------------------------*/
     FieldContainerPtr getPrototype(void) const { return _prototype; }
