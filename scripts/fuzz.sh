@@ -1,21 +1,26 @@
 #!/usr/bin/env bash
-# Builds the libFuzzer targets (fuzz preset: clang with ASan and UBSan) and runs each for a while
-# from seeds made by the current build. FUZZ_SECONDS sets the time per target (default 60).
+# Builds the libFuzzer targets (fuzz preset: clang with ASan and UBSan) and runs each from seeds
+# made by the current build. The run is repeatable: a fixed random seed (FUZZ_SEED, default 1) and a
+# fixed number of inputs per target (FUZZ_RUNS, default 200000), with FUZZ_SECONDS (default 300)
+# as an upper bound on the time per target.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 bash scripts/install-deps.sh
 bash scripts/build.sh fuzz
 
-seconds=${FUZZ_SECONDS:-60}
+seconds=${FUZZ_SECONDS:-300}
+runs=${FUZZ_RUNS:-200000}
+seed=${FUZZ_SEED:-1}
 work=build/fuzz/corpus
 rm -rf "$work" && mkdir -p "$work/seeds" "$work/found"
 build/fuzz/bin/fuzz_seeds "$work/seeds"
 for target in build/fuzz/bin/fuzz_*; do
     name=$(basename "$target")
     [ "$name" = fuzz_seeds ] && continue
-    echo "fuzz.sh: $name for ${seconds}s"
-    (cd build/fuzz && "../../$target" -max_total_time="$seconds" -rss_limit_mb=4096 \
+    echo "fuzz.sh: $name, $runs inputs, seed $seed"
+    (cd build/fuzz && "../../$target" -seed="$seed" -runs="$runs" -max_total_time="$seconds" \
+        -rss_limit_mb=4096 \
         -print_final_stats=1 "../../$work/found" "../../$work/seeds")
 done
 echo "fuzz.sh: no crash found"
