@@ -1,7 +1,6 @@
 // To-world matrices of every node of a 100k-node tree: Node::getToWorld (one walk to the root per
 // node) against skMatrixCache, starting empty each round (every node computed once from its
-// cached parent) and already filled (hits only). The program's main is in bench_scene.cpp; the
-// cache benchmarks put their speed-up over the uncached walk into their own rows
+// cached parent) and already filled (hits only). The cache benchmarks put their speed-up over the uncached walk into their own rows
 // ("x_uncached"), so the comparison stands in the usual table.
 
 #include <OpenSGExt/skMatrixCache.h>

@@ -70,6 +70,9 @@ class FieldDesc:
         self.internal = elem.get("visibility", "external") == "internal"
         self.copy = elem.get("copy", "true") == "true"
         self.description = " ".join((elem.text or "").split())
+        # A value type the generator does not know names the header that gives its SField/MField
+        # typedefs and field traits, e.g. header="OpenSGExt/OSGIndexWeightFields.h".
+        self.header = elem.get("header")
 
     @property
     def cap(self):
@@ -114,6 +117,14 @@ class TypeDesc:
         else:
             self.include_dir = "OpenSG" if self.kernel else "OpenSGExt"
         self.out_dir = os.path.dirname(path)
+        # Round-trip tests are grouped like the code: tests/generated/<area>/, the kernel's under
+        # "kernel", the library's under its area folder's name in lower case.
+        if self.kernel:
+            self.area = "kernel"
+        elif self.test_only:
+            self.area = rel_parts[1] if len(rel_parts) > 1 else "kernel"
+        else:
+            self.area = rel_parts[1].lower() if len(rel_parts) > 1 else "library"
 
     def include(self, suffix=""):
         if self.test_only:
@@ -163,8 +174,12 @@ class Generator:
             n += len(a.fields)
         return n
 
-    def value_info(self, vtype, where):
+    def value_info(self, vtype, where, header=None):
         """(field tag, header providing the SF/MF typedefs, pointee type or None)."""
+        if header:
+            if not re.match(r"^[A-Za-z_][A-Za-z0-9_]*$", vtype):
+                raise FcdError("%s: value type %s with a header must be a plain name" % (where, vtype))
+            return vtype, "<%s>" % header, None
         if vtype in BASE_TYPES:
             return BASE_TYPES[vtype], None, None
         if vtype in SPECIAL_TYPES:
@@ -176,7 +191,7 @@ class Generator:
         raise FcdError("%s: unknown field value type %s" % (where, vtype))
 
     def field_type(self, f, where):
-        tag, _, _ = self.value_info(f.type, where)
+        tag, _, _ = self.value_info(f.type, where, f.header)
         return f.prefix + tag
 
     def ptr_parent(self, t):
@@ -226,7 +241,7 @@ class Generator:
         includes = [self.parent_include(t), "<OpenSG/OSGFieldContainerFields.h>",
                     "<OpenSG/OSGSFBaseTypes.h>", "<OpenSG/OSGMFBaseTypes.h>"]
         for f in t.fields:
-            _, header, _ = self.value_info(f.type, t.rel_fcd)
+            _, header, _ = self.value_info(f.type, t.rel_fcd, f.header)
             if header and header not in includes:
                 includes.append(header)
         includes.append(t.include("Fields"))
@@ -350,7 +365,7 @@ class Generator:
         ptr = t.name + "Ptr"
         includes = [t.include()]
         for f in t.fields:
-            _, _, pointee = self.value_info(f.type, t.rel_fcd)
+            _, _, pointee = self.value_info(f.type, t.rel_fcd, f.header)
             if pointee is not None and pointee.include() not in includes:
                 includes.append(pointee.include())
         includes += ["<OpenSG/OSGLog.h>"]
@@ -485,7 +500,7 @@ class Generator:
         includes = [t.include()]
         for a in self.chain(t):
             for f in a.fields:
-                _, _, pointee = self.value_info(f.type, a.rel_fcd)
+                _, _, pointee = self.value_info(f.type, a.rel_fcd, f.header)
                 if pointee is not None and pointee.include() not in includes:
                     includes.append(pointee.include())
         o += ["#include %s\n" % i for i in includes]
@@ -529,7 +544,7 @@ class Generator:
             files.append((os.path.join(rel_dir, "OSG%sBase.cpp" % name), self.gen_base_cpp(t)))
             test = self.gen_test(t)
             if test is not None:
-                files.append((os.path.join(TEST_DIR, "Test%sGenerated.cpp" % name), test))
+                files.append((os.path.join(TEST_DIR, t.area, "Test%sGenerated.cpp" % name), test))
         return files
 
 

@@ -75,7 +75,7 @@ class GeneratorTest(unittest.TestCase):
         self.assertIn('DataType type("PairPtr", "AttachmentPtr")', fields_h)
         self.assertIn("typedef FCPtr<AttachmentPtr, Pair> PairPtr;", fields_h)
         # A round-trip test that fills inherited and own fields.
-        test = out[os.path.join("tests", "generated", "TestPairGenerated.cpp")]
+        test = out[os.path.join("tests", "generated", "library", "TestPairGenerated.cpp")]
         self.assertIn("pool.fill(*fc->editMFParents()", test)
         self.assertIn("pool.fill(*fc->editSFCount()", test)
 
