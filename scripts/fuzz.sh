@@ -18,9 +18,16 @@ build/fuzz/bin/fuzz_seeds "$work/seeds"
 for target in build/fuzz/bin/fuzz_*; do
     name=$(basename "$target")
     [ "$name" = fuzz_seeds ] && continue
+    # Seeds: the binary records of every type, plus the files a target ships in
+    # fuzz/<area>/seeds/<target>/.
+    corpora=("../../$work/seeds")
+    for d in fuzz/*/seeds/"$name"; do
+        [ -d "$d" ] && corpora+=("../../$d")
+    done
+    mkdir -p "$work/found/$name"
     echo "fuzz.sh: $name, $runs inputs, seed $seed"
     (cd build/fuzz && "../../$target" -seed="$seed" -runs="$runs" -max_total_time="$seconds" \
-        -rss_limit_mb=4096 \
-        -print_final_stats=1 "../../$work/found" "../../$work/seeds")
+        -rss_limit_mb=4096 -malloc_limit_mb=2048 \
+        -print_final_stats=1 "../../$work/found/$name" "${corpora[@]}")
 done
 echo "fuzz.sh: no crash found"

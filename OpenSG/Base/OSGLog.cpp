@@ -365,6 +365,7 @@ void Log::setLogType(LogType logType, bool force)
             case LOG_NONE:
             case LOG_STDOUT:
             case LOG_STDERR:
+            case LOG_BUFFER:
                 _logType = logType;
                 return;
             case LOG_FILE:
@@ -662,6 +663,9 @@ void Log::writeOut(const std::string &formatted)
         case LOG_STDOUT: target = stdout; break;
         case LOG_STDERR: target = stderr; break;
         case LOG_FILE:   target = _file;  break;
+        case LOG_BUFFER:
+            _logBuf.write(formatted.data(), std::streamsize(formatted.size()));
+            return;
     }
     if(target == NULL)
         return;
@@ -693,6 +697,88 @@ std::ostream &osgStartLog(bool logHeader, LogLevel level, const Char8 *module, c
     if(!osgLog().checkLevel(level))
         return osgLog().nilstream();
     return osgLog().stream(level, module, file, line, logHeader);
+}
+
+
+/*-------------------------------- LogBuf ---------------------------------*/
+
+LogBuf::LogBuf(UInt32) : _enabled(true), _callback(NULL), _clientData(NULL)
+{
+}
+
+LogBuf::~LogBuf(void)
+{
+    clearChunkBag();
+}
+
+bool LogBuf::getEnabled(void)
+{
+    return _enabled;
+}
+
+void LogBuf::setEnabled(bool value)
+{
+    _enabled = value;
+}
+
+void LogBuf::clearChunkBag(void)
+{
+    for(Chunk *chunk : _chunkBag)
+        delete chunk;
+    _chunkBag.clear();
+}
+
+void LogBuf::setCallback(Callback cb, void *clientData, bool flushData)
+{
+    _callback   = cb;
+    _clientData = clientData;
+    if(flushData && cb != NULL)
+    {
+        for(const Chunk *chunk : _chunkBag)
+            cb(chunk->data, chunk->size, clientData);
+    }
+}
+
+void LogBuf::removeCallback(void)
+{
+    _callback   = NULL;
+    _clientData = NULL;
+}
+
+void LogBuf::write(const Char8 *buffer, std::streamsize size)
+{
+    if(size <= 0)
+        return;
+    if(_enabled)
+    {
+        Chunk *chunk = new Chunk;
+        chunk->data  = new Char8[size_t(size)];
+        chunk->size  = Int32(size);
+        std::memcpy(chunk->data, buffer, size_t(size));
+        _chunkBag.push_back(chunk);
+    }
+    if(_callback != NULL)
+        _callback(buffer, Int32(size), _clientData);
+}
+
+LogBuf::int_type LogBuf::overflow(int_type c)
+{
+    if(traits_type::eq_int_type(c, traits_type::eof()))
+        return traits_type::not_eof(c);
+    const Char8 ch = traits_type::to_char_type(c);
+    write(&ch, 1);
+    return c;
+}
+
+int LogBuf::sync(void)
+{
+    return 0;
+}
+
+std::streamsize LogBuf::xsputn(const char_type *buffer, std::streamsize size)
+{
+    write(buffer, size);
+    return size;
 }
 
 } // namespace osg

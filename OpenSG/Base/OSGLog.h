@@ -19,7 +19,8 @@ enum LogType
     LOG_NONE   = 0,
     LOG_STDOUT = 1,
     LOG_STDERR = 2,
-    LOG_FILE   = 3
+    LOG_FILE   = 3,
+    LOG_BUFFER = 4
 };
 
 enum LogLevel
@@ -99,6 +100,60 @@ class LogCapture
     bool                  _passThrough;
 };
 
+/*! The log's buffer output (LOG_BUFFER): each formatted message is handed to the callback, if
+    one is set, and kept as a chunk while the buffer is enabled, so that an application (a GUI's
+    console, a test) can fetch what was logged. The callback runs while the log is locked: it must
+    not log itself. */
+class LogBuf : public std::streambuf
+{
+  public:
+    typedef void (*Callback)(const Char8 *data, Int32 size, void *clientData);
+
+    struct Chunk
+    {
+        Char8 *data;
+        Int32  size;
+
+        Chunk(void) : data(NULL), size(0) {}
+        ~Chunk(void) { delete[] data; }
+        Chunk(const Chunk &) = delete;
+        Chunk &operator=(const Chunk &) = delete;
+    };
+
+    explicit LogBuf(UInt32 bufferSize = 1024);
+    virtual ~LogBuf(void);
+
+    bool getEnabled(void);
+    void setEnabled(bool value = true);
+
+    void clearChunkBag(void);
+
+    /*! With flushData the chunks kept so far are handed to the new callback first, oldest first. */
+    void setCallback   (Callback cb, void *clientData = 0, bool flushData = false);
+    void removeCallback(void);
+
+    /*! The chunks kept while enabled, oldest first. */
+    const std::list<Chunk *> &getChunkBag(void) const { return _chunkBag; }
+
+  protected:
+    virtual int_type        overflow(int_type c) override;
+    virtual int             sync    (void) override;
+    virtual std::streamsize xsputn  (const char_type *buffer, std::streamsize size) override;
+
+  private:
+    friend class Log;
+
+    LogBuf(const LogBuf &) = delete;
+    LogBuf &operator=(const LogBuf &) = delete;
+
+    void write(const Char8 *buffer, std::streamsize size);
+
+    bool               _enabled;
+    std::list<Chunk *> _chunkBag;
+    Callback           _callback;
+    void              *_clientData;
+};
+
 /*! The message log. Messages are filtered by level before they are formatted. Stream messages are
     collected per thread and dispatched whole when the stream is flushed (std::endl), so threads
     never interleave within a message; dispatching is serialised. The default output is stderr,
@@ -120,6 +175,9 @@ class Log
 
     LogType getLogType(void) const;
     void    setLogType(LogType logType, bool force = false);
+
+    /*! The buffer that receives the messages while the type is LOG_BUFFER. */
+    LogBuf &getLogBuf(void) { return _logBuf; }
 
     /*! Writes to the named file (truncated) from now on; NULL or "" returns to stderr. */
     void setLogFile(const Char8 *fileName, bool force = false);
@@ -202,6 +260,7 @@ class Log
     std::list<std::string>    _moduleNames;
     std::vector<LogCapture *> _captures;
     Real64                    _refTime;
+    LogBuf                    _logBuf;
 };
 
 /*! The process' log, created on first use and never destroyed. */

@@ -9,9 +9,11 @@ namespace {
 thread_local ChangeList *currentChangeList = NULL;
 } // namespace
 
+bool ChangeList::_readWriteDefault = true;
+
 void ChangeList::addChanged(const FieldContainerPtr &p, const BitVector &whichField)
 {
-    if(p != NullFC)
+    if(_readWrite && p != NullFC)
         _changed.push_back(ChangeEntry(p.getFieldContainerId(), whichField));
 }
 

@@ -21,11 +21,18 @@ class ChangeList
     typedef ChangedStore::const_iterator        changed_const_iterator;
     typedef IdStore::const_iterator             idstore_const_iterator;
 
-    ChangeList() = default;
+    /*! A list is read-write (records) or read-only (drops every entry) as the default was when
+        it was made; see setReadWriteDefault. */
+    ChangeList(void) : _readWrite(_readWriteDefault) {}
 
     void addChanged  (const FieldContainerPtr &p, const BitVector &whichField);
-    void addCreated  (UInt32 containerId) { _created.push_back(containerId);   }
-    void addDestroyed(UInt32 containerId) { _destroyed.push_back(containerId); }
+    void addCreated  (UInt32 containerId) { if(_readWrite) _created.push_back(containerId);   }
+    void addDestroyed(UInt32 containerId) { if(_readWrite) _destroyed.push_back(containerId); }
+
+    /*! OpenSG hosts call this before osgInit so that change lists record. Here lists record by
+        default; passing false makes the lists made afterwards (osgInit's among them) read-only. */
+    static void setReadWriteDefault(bool bReadWrite = true) { _readWriteDefault = bReadWrite; }
+    bool        isReadOnly(void) const { return !_readWrite; }
 
     const ChangedStore &getChanged  (void) const { return _changed;   }
     const IdStore      &getCreated  (void) const { return _created;   }
@@ -49,6 +56,8 @@ class ChangeList
     void clearAll(void);
 
   private:
+    static bool  _readWriteDefault;
+    bool         _readWrite;
     ChangedStore _changed;
     IdStore      _created;
     IdStore      _destroyed;

@@ -168,6 +168,9 @@ class GeoPropertyImpl : public BaseT
 
     using BaseT::getField;
 
+    /*! The data field's mask under the name OpenSG code uses for every property type. */
+    static constexpr BitVector GeoPropDataFieldMask = DescT::FieldMask;
+
     /*------------------------- the field ----------------------------------*/
           StoredFieldType &getField (void)       { return DescT::field(*this); }
     const StoredFieldType &getField (void) const { return DescT::field(*this); }

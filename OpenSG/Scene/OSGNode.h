@@ -4,6 +4,7 @@
 #include <OpenSG/OSGNodeBase.h>
 #include <OpenSG/OSGNodeCore.h>
 #include <OpenSG/OSGMatrix.h>
+#include <OpenSG/OSGRefPtr.h>
 
 #include <string>
 #include <vector>
@@ -119,6 +120,9 @@ NodePtr deepCloneTree(const NodePtr &src, const std::string &shareTypes);
 void deepCloneAttachments(const AttachmentContainerPtr   &src,
                           const AttachmentContainerPtr   &dst,
                           const std::vector<std::string> &shareTypes = std::vector<std::string>());
+
+/*! A node pointer that holds a reference (see RefPtr). */
+typedef RefPtr<NodePtr> NodeRefPtr;
 
 } // namespace osg
 

@@ -9,6 +9,7 @@
 #include <OpenSGExt/OSGValuePair.h>
 #include <OpenSGExt/skOpenSGExt.h>
 
+#include <OpenSG/OSGRefPtr.h>
 #include <OpenSG/OSGBinaryDataHandler.h>
 #include <OpenSG/OSGField.h>
 #include <OpenSG/OSGFieldContainerFactory.h>
@@ -39,18 +40,6 @@ struct RoundTrip
     std::string file;
     size_t      bytes = 0;
     bool        equal = false;
-};
-
-// Holds one reference for the demo's lifetime of a container.
-class Held
-{
-  public:
-    explicit Held(FieldContainerPtr fc) : _fc(fc) { addRefCP(_fc); }
-    ~Held() { subRefCP(_fc); }
-    Held(const Held &) = delete;
-    Held &operator=(const Held &) = delete;
-  private:
-    FieldContainerPtr _fc;
 };
 
 void show(std::ostream &out, const std::string &call, bool result, const char *why = "")
@@ -148,7 +137,7 @@ bool roundTrip(FieldContainerPtr original, const fs::path &dir, RoundTrip &resul
         err << "osgext: the factory cannot create a " << result.type << "\n";
         return false;
     }
-    Held holdCopy(copy);
+    RefPtr<FieldContainerPtr> holdCopy(copy);
     MemoryBinaryDataHandler in(stored.data(), stored.size());
     beginEditCP(copy, mask);
     copy->copyFromBin(in, mask);
@@ -234,7 +223,7 @@ bool showBackplate(std::ostream &out, std::ostream &err, size_t &uniforms)
         err << "osgext: the back-plate shader could not be created\n";
         return false;
     }
-    Held hold(chunk);
+    RefPtr<FieldContainerPtr> hold(chunk);
     const auto lines = [](const std::string &s) { return std::count(s.begin(), s.end(), '\n'); };
     out << "\nBack-plate shader (normalizedX = true, normalizedY = false): vertex program "
         << lines(chunk->getVertexProgram()) << " lines, fragment program "
@@ -266,7 +255,7 @@ bool runContainersDemo(DemoContext &ctx)
         err << "osgext: the factory does not create TagAttachment and ValuePair\n";
         return false;
     }
-    Held holdTags(tags), holdPairs(pairs);
+    RefPtr<FieldContainerPtr> holdTags(tags), holdPairs(pairs);
 
     editTags(tags, out);
     editPairs(pairs, out);

@@ -13,6 +13,7 @@
 #include <OpenSGExt/skShellUtils.h>
 #include <platform/skSceneData.h>
 
+#include <OpenSG/OSGRefPtr.h>
 #include <OpenSG/OSGChangeList.h>
 #include <OpenSG/OSGGeoIndicesUI32.h>
 #include <OpenSG/OSGGeoPLengthsUI32.h>
@@ -31,18 +32,6 @@ namespace osgext {
 namespace {
 
 using namespace osg;
-
-// Holds one reference for the demo's lifetime of a container.
-class Held
-{
-  public:
-    explicit Held(FieldContainerPtr fc) : _fc(fc) { addRefCP(_fc); }
-    ~Held() { subRefCP(_fc); }
-    Held(const Held &) = delete;
-    Held &operator=(const Held &) = delete;
-  private:
-    FieldContainerPtr _fc;
-};
 
 // The host's root for the demo's lifetime.
 class SceneRoot
@@ -174,7 +163,7 @@ bool sceneUtilities(std::ostream &out, std::ostream &err, const NodePtr &root,
         << repeatEdits << "\n";
 
     NodePtr loose = Node::create();
-    Held holdLoose(loose);
+    RefPtr<FieldContainerPtr> holdLoose(loose);
     const NodePtr handle = gizmo->getChild(0);
     const bool inScene[3] = {NodeUtils::isScenegraphNode(wheel),
                              NodeUtils::isScenegraphNode(handle),
@@ -360,7 +349,7 @@ bool runSceneDemo(std::ostream &out, std::ostream &err, SceneReport &report)
         err << "osgext: cannot create the scene root\n";
         return false;
     }
-    Held holdRoot(root);
+    RefPtr<FieldContainerPtr> holdRoot(root);
     SceneRoot sceneRoot(root);
 
     NodePtr body   = NodeUtils::createNodeWithCore(transform3D(Vec3f(0, 0, 1), Vec3f()), root,

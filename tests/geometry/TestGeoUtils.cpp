@@ -5,6 +5,7 @@
 
 #include <OpenSGExt/skGeoUtils.h>
 
+#include <OpenSG/OSGRefPtr.h>
 #include <OpenSG/OSGChunkMaterial.h>
 #include <OpenSG/OSGLog.h>
 
@@ -83,7 +84,7 @@ TEST(GeoUtilsCheck, ProblemsAndMessagesOverCombinations)
     {
         SCOPED_TRACE(c.what);
         GeometryPtr geo = goodTriangle();
-        Held hold(geo);
+        RefPtr<FieldContainerPtr> hold(geo);
         beginEditCP(geo);
         c.change(geo);
         endEditCP(geo);
@@ -107,7 +108,7 @@ TEST(GeoUtilsNodes, GeometryCoresAndTextureChannels)
 {
     GeometryPtr geo = goodTriangle();
     NodePtr node = nodeWith(geo), group = groupNode(), bare = Node::create();
-    Held hold(node), holdGroup(group), holdBare(bare);
+    RefPtr<FieldContainerPtr> hold(node), holdGroup(group), holdBare(bare);
     EXPECT_EQ(skGeoUtils::getGeometry(node), geo);
     for(const NodePtr &other : {group, bare, NodePtr()})
         EXPECT_EQ(skGeoUtils::getGeometry(other), NullFC);
@@ -139,7 +140,7 @@ TEST(GeoUtilsSides, CullFaceFromNodeGeometryOrMaterial)
 {
     GeometryPtr geo = goodTriangle();
     NodePtr node = nodeWith(geo);
-    Held hold(node);
+    RefPtr<FieldContainerPtr> hold(node);
     auto sides = [&](const NodePtr &n) {
         return std::string(skGeoUtils::isVisibleSide(n, geo, 0) ? "F" : "-") +
                (skGeoUtils::isVisibleSide(n, geo, 1) ? "B" : "-");

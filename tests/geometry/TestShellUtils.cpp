@@ -5,6 +5,7 @@
 
 #include <OpenSGExt/skShellUtils.h>
 
+#include <OpenSG/OSGRefPtr.h>
 #include <OpenSG/OSGChunkMaterial.h>
 #include <OpenSG/OSGFieldContainerFactory.h>
 #include <OpenSG/OSGLog.h>
@@ -59,7 +60,7 @@ TEST(ShellUtilsShells, SharedAndRepeatedPositionsJoinShells)
     // A triangle pointing past the positions belongs to no shell.
     GeometryPtr bad = triangleGeometry({Pnt3f(0, 0, 0), Pnt3f(1, 0, 0), Pnt3f(0, 1, 0)},
                                        {0, 1, 2, 0, 1, 9});
-    Held h1(pieces), h2(strip), h3(lines), h4(bad);
+    RefPtr<FieldContainerPtr> h1(pieces), h2(strip), h3(lines), h4(bad);
     beginEditCP(strip);
     strip->setTypes(types({GL_TRIANGLE_STRIP, GL_TRIANGLES}));
     strip->setLengths(lengths({4, 3}));
@@ -81,7 +82,7 @@ TEST(ShellUtilsShells, SharedAndRepeatedPositionsJoinShells)
 TEST(ShellUtilsForShells, EachShellBecomesAGeometryOfItsOwn)
 {
     GeometryPtr geo = twoPieces();
-    Held hold(geo);
+    RefPtr<FieldContainerPtr> hold(geo);
     const std::vector<Pnt3f> all = cornerPositions(geo);
     ChunkMaterialPtr material = ChunkMaterial::create();
     std::vector<Vec3f> normalValues;   // normal z = position index
@@ -132,7 +133,7 @@ TEST(ShellUtilsForShells, InterleavedIndicesGiveOneVertexPerCombination)
     GeometryPtr geo = triangleGeometry(
         {Pnt3f(0, 0, 0), Pnt3f(1, 0, 0), Pnt3f(1, 1, 0), Pnt3f(0, 1, 0)},
         {0, 0, 1, 0, 2, 0, 0, 0, 2, 0, 3, 0});
-    Held hold(geo);
+    RefPtr<FieldContainerPtr> hold(geo);
     beginEditCP(geo);
     geo->setLengths(lengths({6}));
     geo->setNormals(normals({Vec3f(0, 0, 1)}));
@@ -153,7 +154,7 @@ TEST(ShellUtilsForShells, ShellsLiveOnlyWhenKeptAndBadCallsAreReported)
 {
     GeometryPtr geo = twoPieces();
     NodePtr parent = groupNode();
-    Held hold(geo), holdParent(parent);
+    RefPtr<FieldContainerPtr> hold(geo), holdParent(parent);
     std::vector<UInt32> ids;
     skShellUtils::forShellsOfComponent(geo, [&](NodePtr node, GeometryPtr) {
         ids.push_back(node.getFieldContainerId());
@@ -188,7 +189,7 @@ class ShellVisibility : public ::testing::Test
                                         Pnt3f(5, 0, 0), Pnt3f(6, 0, 0), Pnt3f(7, 0, 0)},
                                        {0, 1, 2, 3, 4, 5});
     NodePtr node = nodeWith(geo), parent = groupNode();
-    Held    hold{parent};
+    RefPtr<FieldContainerPtr>    hold{parent};
 };
 
 TEST_F(ShellVisibility, ShellsWithAreaOnTraversedNodesShowingADrawnSide)

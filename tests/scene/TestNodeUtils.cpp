@@ -6,6 +6,7 @@
 #include <OpenSGExt/NodeUtils.h>
 #include <platform/skSceneData.h>
 
+#include <OpenSG/OSGRefPtr.h>
 #include <OpenSG/OSGLog.h>
 #include <OpenSG/OSGName.h>
 #include <OpenSG/OSGSimpleAttachments.h>
@@ -53,7 +54,7 @@ NamePtr nameOf(const AttachmentContainerPtr &c)
 TEST(NodeUtilsNames, NameComesFromNodeThenCoreThenType)
 {
     NodePtr bare = Node::create(), node = groupNode();
-    Held holdBare(bare), hold(node);
+    RefPtr<FieldContainerPtr> holdBare(bare), hold(node);
     EXPECT_EQ(NodeUtils::getName(NullFC), nullptr);
     EXPECT_EQ(NodeUtils::getName(bare), nullptr) << "neither name nor core";
     ASSERT_NE(NodeUtils::getName(node), nullptr);
@@ -67,7 +68,7 @@ TEST(NodeUtilsNames, NameComesFromNodeThenCoreThenType)
 TEST(NodeUtilsNames, SetNameCreatesOnceAndRecordsTextAndEncoding)
 {
     NodePtr node = groupNode();
-    Held hold(node);
+    RefPtr<FieldContainerPtr> hold(node);
     changes().clearAll();
     NodeUtils::setName(node, "wheel", true);
     NamePtr name = nameOf(node);
@@ -104,7 +105,7 @@ TEST(NodeUtilsNames, SetNameCreatesOnceAndRecordsTextAndEncoding)
 TEST(NodeUtilsCreate, NodeIsAppendedNamedAndOwnedByParentOrCaller)
 {
     NodePtr parent = groupNode();
-    Held hold(parent);
+    RefPtr<FieldContainerPtr> hold(parent);
     addChild(parent, groupNode());
     changes().clearAll();
     GroupPtr core = Group::create();
@@ -124,7 +125,7 @@ TEST(NodeUtilsCreate, NodeIsAppendedNamedAndOwnedByParentOrCaller)
     NodePtr loose = NodeUtils::createNodeWithCore(Group::create(), NullFC, "loose");
     ASSERT_NE(loose, NullFC);
     EXPECT_EQ(getRefCount(loose), 0) << "the caller owns a node without parent";
-    Held holdLoose(loose);
+    RefPtr<FieldContainerPtr> holdLoose(loose);
 
     LogCapture log;
     EXPECT_EQ(NodeUtils::createNodeWithCore(NullFC, parent, "x"), NullFC);
@@ -148,7 +149,7 @@ class NodeUtilsTree : public ::testing::Test
 
     NodePtr root = groupNode(), a = groupNode(), b = groupNode(), c = groupNode(),
             c2 = groupNode(), d = groupNode(), e = groupNode();
-    Held    holdRoot{root}, holdD{d};
+    RefPtr<FieldContainerPtr>    holdRoot{root}, holdD{d};
 };
 
 TEST_F(NodeUtilsTree, HasParentWalksUpFromTheParent)

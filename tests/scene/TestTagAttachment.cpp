@@ -5,6 +5,7 @@
 
 #include <OpenSGExt/OSGTagAttachment.h>
 
+#include <OpenSG/OSGRefPtr.h>
 #include <OpenSG/OSGBinaryDataHandler.h>
 #include <OpenSG/OSGFieldContainerFactory.h>
 #include <OpenSG/OSGLog.h>
@@ -35,7 +36,7 @@ class TagAttachmentTest : public ::testing::Test
   protected:
     TagAttachmentPtr _tags = TagAttachmentPtr::dcast(
         FieldContainerFactory::the()->createFieldContainer("TagAttachment"));
-    Held      _hold{_tags};
+    RefPtr<FieldContainerPtr>      _hold{_tags};
     EditProbe _edits{_tags};
 };
 
@@ -205,7 +206,7 @@ TEST_F(TagAttachmentTest, FieldLayoutAndBinaryForm)
     _tags->copyToBin(out, mask);
     EXPECT_EQ(out.getBuffer(), (std::vector<UInt8>{0x01, 0x02, 0x03, 0x04, 0x01}));
     TagAttachmentPtr copy = TagAttachment::create();
-    Held hold(copy);
+    RefPtr<FieldContainerPtr> hold(copy);
     out.rewind();
     copy->copyFromBin(out, mask);
     EXPECT_FALSE(out.isFailed());

@@ -3,6 +3,7 @@
 
 #include "support/SceneTestSupport.h"
 
+#include <OpenSG/OSGRefPtr.h>
 #include <OpenSG/OSGBaseFunctions.h>
 #include <OpenSG/OSGBinaryDataHandler.h>
 #include <OpenSG/OSGFieldContainerFactory.h>
@@ -54,7 +55,7 @@ class ValuePairTest : public ::testing::Test
     }
 
     ValuePairPtr _vp = ValuePair::create();
-    Held         _hold{_vp};
+    RefPtr<FieldContainerPtr>         _hold{_vp};
     EditProbe    _edits{_vp};
 };
 
@@ -184,7 +185,7 @@ TEST_F(ValuePairTest, BinaryFormMatchesHandWrittenBytes)
         EXPECT_EQ(write(_vp, BothMasks), golden);
         ValuePairPtr copy = ValuePairPtr::dcast(
             FieldContainerFactory::the()->createFieldContainer("ValuePair"));
-        Held hold(copy);
+        RefPtr<FieldContainerPtr> hold(copy);
         MemoryBinaryDataHandler in(golden.data(), golden.size());
         copy->copyFromBin(in, BothMasks);
         EXPECT_FALSE(in.isFailed());
@@ -193,7 +194,7 @@ TEST_F(ValuePairTest, BinaryFormMatchesHandWrittenBytes)
         EXPECT_EQ(copy->getValue(), _vp->getValue());
         // Empty lists are a count of zero and nothing else.
         ValuePairPtr empty = ValuePair::create();
-        Held holdEmpty(empty);
+        RefPtr<FieldContainerPtr> holdEmpty(empty);
         EXPECT_EQ(write(empty, BothMasks), Bytes(osb64 ? 16 : 8, 0x00));
     }
     // Only the selected field; no bit of our own fields writes nothing of ours.
@@ -237,7 +238,7 @@ TEST(ValuePairType, CreatedByNameAndReachedThroughTheGenericFieldInterface)
     ValuePairPtr vp = ValuePairPtr::dcast(
         FieldContainerFactory::the()->createFieldContainer("ValuePair"));
     ASSERT_NE(vp, NullFC);
-    Held hold(vp);
+    RefPtr<FieldContainerPtr> hold(vp);
     EXPECT_TRUE(Thread::getCurrentChangeList()->wasCreated(vp.getFieldContainerId()));
     vp->set("k", "v");
     EXPECT_EQ(vp->getField("key"), static_cast<Field *>(vp->editMFKey()));

@@ -25,18 +25,6 @@ namespace scenetest {
 
 using namespace osg;
 
-// Holds one reference for a test's lifetime.
-class Held
-{
-  public:
-    explicit Held(FieldContainerPtr fc) : _fc(fc) { addRefCP(_fc); }
-    ~Held() { subRefCP(_fc); }
-    Held(const Held &) = delete;
-    Held &operator=(const Held &) = delete;
-  private:
-    FieldContainerPtr _fc;
-};
-
 // Watches one container: its edits recorded in the thread's change list and the calls of its
 // changed functions. Construction starts with a clean change list.
 class EditProbe

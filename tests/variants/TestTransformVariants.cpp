@@ -4,6 +4,7 @@
 #include <OpenSGExt/OSGTransformVariant.h>
 #include <OpenSGExt/OSGTransformVariantsAttachment.h>
 
+#include <OpenSG/OSGRefPtr.h>
 #include <OpenSG/OSGBinaryDataHandler.h>
 #include <OpenSG/OSGComponentTransform.h>
 #include <OpenSG/OSGGroup.h>
@@ -37,13 +38,6 @@ const struct { BitVector mask; void (Transform3D::*set)(const Vec3f &); } Setter
     {Transform3D::RotatePivotFieldMask, &Transform3D::setRotatePivot},
     {Transform3D::EulerRotationOrientationFieldMask, &Transform3D::setEulerRotationOrientation},
     {Transform3D::RotatePivotTranslationFieldMask, &Transform3D::setRotatePivotTranslation}};
-
-struct Held
-{
-    explicit Held(FieldContainerPtr fc) : p(fc) { addRefCP(p); }
-    ~Held() { subRefCP(p); }
-    FieldContainerPtr p;
-};
 
 // Counts the reports of a container's changed functions (which it holds weakly).
 struct Probe
@@ -173,7 +167,7 @@ TEST(TransformVariantMix, AxisBitsOneAxisPivotBitsWholeGroupsRotationModeAnyRota
     Transform3DPtr t = makeTransform(10.f);
     setRotationMode(t, 5);
     TransformVariantPtr v = makeVariant("v", 0x5, t);
-    Held hold(v);
+    RefPtr<FieldContainerPtr> hold(v);
     const Vec3f cur(-1.f, -2.f, -3.f);
     EXPECT_EQ(v->mixTranslation(cur), Vec3f(11.f, -2.f, 13.f));   // 0x5: x and z
 
@@ -221,7 +215,7 @@ TEST(TransformVariantMix, AxisBitsOneAxisPivotBitsWholeGroupsRotationModeAnyRota
 TEST(TransformVariant, HoldsOneReferenceToItsTransformationAndReportsItsEdits)
 {
     Transform3DPtr a = Transform3D::create(), b = Transform3D::create();
-    Held holdA(a), holdB(b);
+    RefPtr<FieldContainerPtr> holdA(a), holdB(b);
     TransformVariantPtr v = makeVariant("v", 0, a);
     addRefCP(v);
     Probe probe(v);
@@ -264,7 +258,7 @@ TEST(TransformVariant, DuplicateCopiesNameFlagsAndItsOwnTransformation)
     Transform3DPtr t = makeTransform(3.f);
     TransformVariantPtr v = makeVariant("open", 0x123, t), d = v->duplicate();
     ASSERT_NE(d, NullFC);
-    Held hold(v), holdD(d);
+    RefPtr<FieldContainerPtr> hold(v), holdD(d);
     EXPECT_EQ(d->getName(), "open");
     EXPECT_EQ(d->getApplyFlags(), 0x123u);
     ASSERT_NE(d->getTransformation(), NullFC);
@@ -273,8 +267,8 @@ TEST(TransformVariant, DuplicateCopiesNameFlagsAndItsOwnTransformation)
     setComponent(t, TV::Translation, Vec3f(0.f, 0.f, 0.f));
     EXPECT_EQ(d->getTranslation(), distinct(TV::Translation, 3.f));
     v->setTransformation(NullFC);
-    Held e(v->duplicate());
-    EXPECT_EQ(TransformVariantPtr::dcast(e.p)->getTransformation(), NullFC);
+    RefPtr<FieldContainerPtr> e(v->duplicate());
+    EXPECT_EQ(TransformVariantPtr::dcast(e.get())->getTransformation(), NullFC);
 }
 
 /*------------------------------ attachment list ---------------------------*/
@@ -283,7 +277,7 @@ TEST_F(VariantsTest, InsertRemoveAndLookupKeepOrderAndReferences)
 {
     TransformVariantPtr a = matching("open", 0), b = matching("closed", 0),
                         c = matching("open", 0), x = matching("x", 0);
-    Held holdB(b), holdC(c), holdX(x);   // alive across refusal and removal
+    RefPtr<FieldContainerPtr> holdB(b), holdC(c), holdX(x);   // alive across refusal and removal
     EXPECT_TRUE(_variants->insertTransformVariant(a, 0));
     EXPECT_TRUE(_variants->insertTransformVariant(c, 1));
     EXPECT_TRUE(_variants->insertTransformVariant(b, 1));
@@ -487,7 +481,7 @@ TEST_F(VariantsTest, SupposedStateChoosesAmongSeveralMatches)
 TEST_F(VariantsTest, TargetAndVariantEditsRerunTheStateUnlessSkipped)
 {
     TransformVariantPtr v = matching("v", TV::ApplyTranslation | TV::ApplyRotatePivot);
-    Held hold(v);
+    RefPtr<FieldContainerPtr> hold(v);
     _variants->insertTransformVariant(v, 0);
     ASSERT_EQ(states(), Ints({0}));
     const Vec3f y(0.f, 1.f, 0.f);
@@ -512,7 +506,7 @@ TEST_F(VariantsTest, TargetAndVariantEditsRerunTheStateUnlessSkipped)
 TEST_F(VariantsTest, AttachmentOnAContainerFollowsItsTransform3DParent)
 {
     TransformVariantsAttachmentPtr a = _variants;
-    Held hold(a);
+    RefPtr<FieldContainerPtr> hold(a);
     a->insertTransformVariant(matching("v", TV::ApplyTranslation), 0);
     ASSERT_EQ(statesOf(a), Ints({0}));
     EXPECT_EQ(TVA::createTransformVariantsAttachment(_target), a);   // one per container
@@ -527,7 +521,7 @@ TEST_F(VariantsTest, AttachmentOnAContainerFollowsItsTransform3DParent)
 
     // Attached to another core it follows that one, until another attachment replaces it.
     Transform3DPtr other = Transform3D::create();
-    Held holdOther(other);
+    RefPtr<FieldContainerPtr> holdOther(other);
     EXPECT_TRUE(TVA::setTransformVariantsAttachment(other, a));
     EXPECT_EQ(a->getTargetTransform(), other);
     EXPECT_EQ(statesOf(a), Ints({0}));
@@ -553,7 +547,7 @@ TEST_F(VariantsTest, AttachmentOnAContainerFollowsItsTransform3DParent)
     for(const NodeCorePtr &core :
         {NodeCorePtr(Group::create()), NodeCorePtr(ComponentTransform::create())})
     {
-        Held holdCore(core);
+        RefPtr<FieldContainerPtr> holdCore(core);
         TransformVariantsAttachmentPtr on = TVA::createTransformVariantsAttachment(core);
         EXPECT_EQ(refs(on), Ints({1}));
         on->insertTransformVariant(makeVariant("v", 0, Transform3D::create()), 0);
