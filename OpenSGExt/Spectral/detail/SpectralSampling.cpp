@@ -12,14 +12,11 @@ bool validSource(const float *wl, const float *val, int n)
     return wl != nullptr && val != nullptr && n >= 1;
 }
 
-// Index of the first k >= 1 with x <= wl[k]; n when there is none (only for unsorted or NaN
-// input, as callers have checked x < wl[n - 1]).
+// Index of the first k >= 1 with x <= wl[k] (a binary search: the wavelengths are sorted); n
+// when there is none. Unsorted or NaN input gives some index in [1, n], never one outside.
 int firstNotBelow(const float *wl, int n, float x)
 {
-    int k = 1;
-    while(k < n && !(x <= wl[k]))
-        ++k;
-    return k;
+    return int(std::lower_bound(wl + 1, wl + n, x) - wl);
 }
 
 // Value at x on the segment [wl[k-1], wl[k]]; equal ends (only reachable with unsorted input)
