@@ -14,6 +14,21 @@ PerspectiveCamera::PerspectiveCamera(const PerspectiveCamera &source) : Inherite
 
 PerspectiveCamera::~PerspectiveCamera(void) = default;
 
+Real32 &PerspectiveCamera::getFov(void)
+{
+    return Inherited::getFov();
+}
+
+const Real32 &PerspectiveCamera::getFov(void) const
+{
+    return Inherited::getFov();
+}
+
+void PerspectiveCamera::setFov(const Real32 &value)
+{
+    Inherited::setFov(value);
+}
+
 void PerspectiveCamera::getProjection(Matrix &result, UInt32 width, UInt32 height, Int32, bool depthFlag)
 {
     Real32 fov = getFov();

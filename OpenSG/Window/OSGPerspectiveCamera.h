@@ -21,6 +21,12 @@ class PerspectiveCamera : public PerspectiveCameraBase
         FOV_smaller    = 2
     };
 
+    /*! The opening is virtual so that a camera keeping its optics elsewhere can answer it to
+        code that knows it only as a PerspectiveCamera (decorators). */
+    virtual       Real32 &getFov(void);
+    virtual const Real32 &getFov(void) const;
+    virtual void          setFov(const Real32 &value);
+
     /*! A negative fov or an empty viewport give the identity; near beyond far, a tiny fov,
         near ~= far or a tiny aspect are warned about ("MatrixPerspective: ...") and give the
         identity; an unknown fovMode gives the identity. */

@@ -77,9 +77,9 @@ class PerspectiveCamera2 : public PerspectiveCamera2Base
 
     /*---------------------------- forwarding accessors -------------------*/
 
-    void          setFov(const Real32 &fov);
-          Real32 &getFov(void);
-    const Real32 &getFov(void) const;
+    void          setFov(const Real32 &fov) override;
+          Real32 &getFov(void) override;
+    const Real32 &getFov(void) const override;
     void   setFovMode(const UInt32 &mode);
     UInt32 getFovMode(void) const;
 

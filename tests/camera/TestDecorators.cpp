@@ -11,6 +11,7 @@
 
 #include <OpenSG/OSGLog.h>
 #include <OpenSG/OSGMatrixUtility.h>
+#include <OpenSG/OSGShearedStereoCameraDecorator.h>
 #include <OpenSG/OSGTransform3D.h>
 
 #include <glm/gtc/matrix_transform.hpp>
@@ -248,4 +249,20 @@ TEST_F(DecoratorTest, NoDecorateeWarnsAndGivesTheIdentity)
                             "TransformCameraDecorator::getProjection: no decoratee!",
                             "OverlapCameraDecorator::getProjection: no decoratee!" })
         EXPECT_TRUE(log.contains(msg)) << msg;
+}
+
+TEST_F(DecoratorTest, ShearedStereoReadsTheSettingsOpening)
+{
+    ShearedStereoCameraDecoratorPtr st = held(ShearedStereoCameraDecorator::create());
+    st->setDecoratee(cam);
+    st->setEyeSeparation(0.1f);
+    st->setZeroParallaxDistance(4.f);
+    Matrix left, right;
+    st->getProjection(left, 640, 480, 0);
+    st->getProjection(right, 640, 480, 1);
+    // The opening is the setting's (pi / 4), reached through the PerspectiveCamera interface.
+    EXPECT_NEAR(left[1][1], 1.f / std::tan(0.7853982f / 2.f), 1e-5f);
+    const glm::vec3 onScreen(0.3f, 0.f, -4.f);
+    EXPECT_NEAR(camtest::ndc(left, onScreen).x, camtest::ndc(right, onScreen).x, 1e-5f);
+    EXPECT_NEAR(camtest::ndc(left, onScreen).x, camtest::ndc(camProj, onScreen).x, 1e-5f);
 }
