@@ -411,10 +411,12 @@ void PerspectiveCamera2::getProjection(Matrix &result, UInt32 width, UInt32 heig
 void PerspectiveCamera2::getTransform(Matrix &result, CameraSpace space) const
 {
     const CameraSetting *s = setting();
-    if(s != NULL && (s->getUseTransformBeacon() || s->getUseAimBeacon()))
+    // A degenerate look-at (up along the line of sight) leaves the beacon's placement.
+    Matrix look;
+    if(s != NULL && (s->getUseTransformBeacon() || s->getUseAimBeacon()) &&
+       !MatrixLookAt(look, s->getFrom(), s->getAt(), s->getUp()))
     {
-        result.setIdentity();
-        MatrixLookAt(result, s->getFrom(), s->getAt(), s->getUp());
+        result = look;
         return;
     }
     Inherited::getTransform(result, space);

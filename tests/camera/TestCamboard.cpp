@@ -175,3 +175,19 @@ TEST_F(CamboardTest, IntersectionRunsThroughTheBoardMatrix)
     delete ia;
     subRefCP(root);
 }
+
+TEST_F(CamboardTest, CollapsedBoardLeavesTheLineAlone)
+{
+    GeometryPtr tri = scenetest::triangleGeometry(
+        { Pnt3f(-1.f, -1.f, 0.f), Pnt3f(1.f, -1.f, 0.f), Pnt3f(0.f, 1.f, 0.f) }, { 0, 1, 2 });
+    NodePtr root = scenetest::nodeWith(board);
+    addRefCP(root);
+    scenetest::addChild(root, scenetest::nodeWith(tri));
+    Matrix camera, result;
+    board->calcCamMatrix(camera, Matrix(), result);    // camera on the board: scale 0
+    IntersectAction *ia = IntersectAction::create(Line(Pnt3f(0.f, 0.f, 5.f), Vec3f(0.f, 0.f, -1.f)));
+    ia->apply(root);
+    EXPECT_NEAR(ia->getLine().getPosition()[2], 5.f, 0.f);
+    delete ia;
+    subRefCP(root);
+}

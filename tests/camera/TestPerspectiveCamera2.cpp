@@ -312,3 +312,28 @@ TEST_F(Camera2Test, SettersEditTheSettingAndOwnIt)
     subRefCP(copy);
     EXPECT_EQ(setting->getRefCount(), 1);
 }
+
+TEST_F(Camera2Test, SingularPlacementGivesTheIdentity)
+{
+    NodePtr beacon = Node::create();
+    addRefCP(beacon);
+    TransformPtr xf = Transform::create();
+    Matrix flat;
+    flat.setScale(0.f);
+    xf->setMatrix(flat);
+    beacon->setCore(xf);
+    cam->setBeacon(beacon);
+    Matrix v;
+    v[0][1] = 3.f;
+    cam->getViewing(v, 100, 100);
+    EXPECT_TRUE(camtest::isIdentity(v));
+
+    // A look-at with up along the line of sight keeps the beacon's placement.
+    setting->setUseTransformBeacon(true);
+    cam->setFrom(Pnt3f(0.f, 5.f, 0.f));
+    cam->setAt(Pnt3f(0.f, 0.f, 0.f));
+    Matrix t;
+    cam->getTransform(t, Camera::CameraToWorld);
+    EXPECT_TRUE(matricesNear(t, flat, 0.f));
+    subRefCP(beacon);
+}
