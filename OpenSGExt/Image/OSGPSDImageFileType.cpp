@@ -346,8 +346,9 @@ void PSDImageFileType::writeLayerAndMaskSection(const ImagePtr &image,
     const UInt64 height = UInt64(image->getHeight());
 
     // Sizes first: the section and the layer info carry their lengths in front.
+    // Without layers the layer info is left empty (length 0): readers refuse a count of 0.
     std::vector<std::string> paddedNames;
-    UInt64 layerInfo = 2;
+    UInt64 layerInfo = layers.empty() ? 0 : 2;
     for(size_t i = 0; i < layers.size(); ++i)
     {
         const UInt32 channels = layers[i]->getComponents();
@@ -363,7 +364,8 @@ void PSDImageFileType::writeLayerAndMaskSection(const ImagePtr &image,
     const UInt64 globalMask = 14;
     put(os, lengthBytes + layerInfo + 4 + globalMask, lengthBytes);
     put(os, layerInfo, lengthBytes);
-    put(os, layers.size(), 2);
+    if(!layers.empty())
+        put(os, layers.size(), 2);
 
     for(size_t i = 0; i < layers.size(); ++i)
     {

@@ -28,6 +28,12 @@ inline std::string tempPath(const std::string &name)
     return ::testing::TempDir() + "skimg_" + std::to_string(::getpid()) + "_" + name;
 }
 
+/*! ImageMagick's convert, taken from its package's place when it is there. */
+inline std::string convertTool(void)
+{
+    return ::access("/usr/bin/convert", X_OK) == 0 ? "/usr/bin/convert" : "convert";
+}
+
 /*! Output (stdout and stderr) of a shell command. */
 inline std::string run(const std::string &cmd)
 {

@@ -24,10 +24,9 @@ std::string emptyLayerSection(bool large)
 {
     Bytes b;
     if(large)
-        b.u64(8 + 2 + 4 + 14).u64(2);
+        b.u64(8 + 4 + 14).u64(0);
     else
-        b.u32(4 + 2 + 4 + 14).u32(2);
-    b.u16(0);
+        b.u32(4 + 4 + 14).u32(0);
     b.u32(14).u16(0).zeros(8).u16(100).u8(128).u8(128);
     return b.data;
 }
@@ -128,7 +127,7 @@ TEST(PSDLayout, Float32)
     ASSERT_TRUE(img->set(Image::OSG_RGB_PF, 1, 1, 1, 1, 1, 0.0,
                          reinterpret_cast<const UInt8 *>(px), Image::OSG_FLOAT32_IMAGEDATA));
     const std::string got = writeSingle(img.p, false);
-    ASSERT_EQ(got.size(), 26u + 4 + 112 + 4 + 28 + 2 + 12);
+    ASSERT_EQ(got.size(), 26u + 4 + 112 + 4 + 26 + 2 + 12);
     EXPECT_EQ(got.substr(0, 26), header(1, 3, 1, 1, 32, 3));
     EXPECT_EQ(got.substr(26, 4), Bytes().u32(112).data);
     EXPECT_EQ(got.substr(30, 8), Bytes().str("hdrt").u32(3).data);
