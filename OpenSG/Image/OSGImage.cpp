@@ -265,6 +265,10 @@ UInt64 Image::calcMipmapSumSize(UInt32 mipmapNum, UInt32 w, UInt32 h, UInt32 d) 
     UInt64 sum = 0;
     for(UInt32 level = 0; level < mipmapNum; ++level)
     {
+        // Once every dimension is 1 the remaining levels are alike: no need to walk a count
+        // read from a file one by one.
+        if(w == 1 && h == 1 && d == 1)
+            return sum + UInt64(mipmapNum - level) * calcMipmapLevelSize(level, 1, 1, 1);
         sum += calcMipmapLevelSize(level, w, h, d);
         w = std::max(w >> 1, UInt32(1));
         h = std::max(h >> 1, UInt32(1));

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
+#include <fstream>
 #include <istream>
 #include <set>
 
@@ -179,6 +180,11 @@ bool ImageFileHandler::read(ImagePtr &image, const Char8 *fileName, const Char8 
 {
     if(image == NullFC || fileName == NULL)
         return false;
+    if(!std::ifstream(fileName, std::ios::binary))
+    {
+        SWARNING << "ImageFileHandler::read: cannot open " << fileName << endLog;
+        return false;
+    }
     ImageFileType *type = getFileType(mimeType, fileName, true);
     if(type == NULL)
     {

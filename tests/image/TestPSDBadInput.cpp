@@ -217,3 +217,37 @@ TEST(PSDRead, HeaderChecksAndMimeTypes)
     EXPECT_EQ(PSDImageFileType::theBig().getFlags(), 31u);
     EXPECT_EQ(PSDImageFileType::theBig().getSuffixList().front(), "psb");
 }
+
+// 16- and 32-bit documents may keep their layers in an "Lr16"/"Lr32" block after the global mask
+// info, with an empty layer info in front.
+TEST(PSDRead, LayersInTaggedBlock)
+{
+    Bytes body;
+    body.u16(1).u32(0).u32(0).u32(1).u32(1).u16(3);
+    for(int id = 0; id < 3; ++id)
+        body.u16(id).u32(4);
+    body.str("8BIM").str("norm").u8(200).u8(0).u8(0).u8(0).u32(12).u32(0).u32(0)
+        .u8(2).str("ab").u8(0);
+    body.u16(0).u16(0x1234).u16(0).u16(0x5678).u16(0).u16(0x9abc);
+    ASSERT_EQ(body.data.size(), 78u);
+    Bytes doc;
+    doc.str("8BPS").u16(1).zeros(6).u16(3).u32(1).u32(1).u16(16).u16(3).u32(0).u32(0);
+    doc.u32(4 + 4 + 12 + 78).u32(0).u32(0).str("8BIM").str("Lr16").u32(78).str(body.data);
+    doc.u16(0).u16(1).u16(2).u16(3);
+
+    ImageRef img;
+    ImagePtr p = img.p;
+    std::istringstream is(doc.data);
+    std::vector<PSDImageFileType::Layer> layers;
+    ASSERT_TRUE(PSDImageFileType::the().readLayers(is, p, layers));
+    ASSERT_EQ(layers.size(), 1u);
+    EXPECT_EQ(layers[0].name, "ab");
+    EXPECT_EQ(layers[0].opacity, 200);
+    ASSERT_NE(layers[0].image, NullFC);
+    const UInt16 *s = reinterpret_cast<const UInt16 *>(layers[0].image->getData());
+    EXPECT_EQ(s[0], 0x1234);
+    EXPECT_EQ(s[2], 0x9abc);
+    const UInt16 *m = reinterpret_cast<const UInt16 *>(img->getData());
+    EXPECT_EQ(m[1], 2);
+    PSDImageFileType::releaseLayers(layers);
+}

@@ -138,6 +138,11 @@ TEST(Image, SetRefusesWhatItCannotHold)
     EXPECT_TRUE(capture.contains("exceeds the limit"));
     EXPECT_FALSE(img->setData(NULL));
 
+    // Levels past the 1x1 level count one pixel each; an absurd count is refused at once.
+    EXPECT_TRUE(img->set(Image::OSG_L_PF, 2, 2, 1, 1000));
+    EXPECT_EQ(img->getSize(), 4u + 1u + 998u);
+    EXPECT_FALSE(img->set(Image::OSG_RGBA_PF, 1, 1, 1, 2000000000));
+
     // Counts below one are clamped.
     EXPECT_TRUE(img->set(Image::OSG_L_PF, 3, 0, -2, 0, 0));
     EXPECT_EQ(img->getHeight(), 1);
