@@ -8,7 +8,7 @@ packages=(
     # The tool's command-line parser (header-only).
     libcli11-dev
     libgtest-dev libgmock-dev libbenchmark-dev
-    zlib1g-dev libpng-dev libtbb-dev
+    zlib1g-dev libpng-dev libtbb-dev liblcms2-dev
     # The fuzz preset: clang with its libFuzzer and sanitizer runtimes.
     clang libclang-rt-14-dev
     # Independent references the tests check against.
