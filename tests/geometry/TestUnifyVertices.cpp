@@ -260,6 +260,31 @@ TEST(UnifyVerticesPlain, HashLookupsOfUnusedVerticesAgreeWithTheMap)
     }
 }
 
+TEST(UnifyVerticesPlain, LargeGroupsAtOnePositionTakeTheHashOnlyWhenExact)
+{
+    // A pole: 100 vertices at one position told apart by texture s alone, each used twice; too
+    // many to check pairwise, so a tolerance sends them to the map.
+    Mesh m;
+    for(int v = 0; v < 100; ++v)
+    {
+        m.pos.insert(m.pos.end(), { 0.f, 0.f, 1.f });
+        m.tex.insert(m.tex.end(), { 0.01f * float(v), 0.f });
+        m.idx.push_back(UInt32(v));
+        m.idx.push_back(UInt32(99 - v));
+    }
+    for(Real32 texEps : { 0.f, 1e-8f })
+    {
+        const ReferenceLess less = { &m, 0.f, 0.01f, texEps };
+        std::map<UInt32, UInt32, ReferenceLess> map(less);
+        const std::vector<UInt32> expect = plainMap(m, less, map);
+        std::vector<UInt32> idx = m.idx;
+        VertexUnifier unifier(m.context(0.f, 0.01f, texEps));
+        EXPECT_EQ(unifier.run(idx.data(), idx.size()), 100u);
+        EXPECT_EQ(unifier.usedHash(), texEps == 0.f);
+        EXPECT_EQ(idx, expect);
+    }
+}
+
 TEST(UnifyVerticesPlain, IndicesPastAnAttributeAndNaNAreRefused)
 {
     Mesh m;

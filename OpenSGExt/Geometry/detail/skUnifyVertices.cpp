@@ -248,9 +248,11 @@ bool VertexUnifier::groupsAreOrdered(void)
         const std::size_t m = sizes[g];
         if(m < 2)
             continue;
+        const UInt32 *mem = _groupMembers.data() + _groupStart[g];
+        if(exactWithin(mem, m))
+            continue;
         if(m > MaxCheckedGroup)
             return false;
-        const UInt32 *mem = _groupMembers.data() + _groupStart[g];
         score.assign(m, 0);
         for(std::size_t i = 0; i < m; ++i)
         {
@@ -267,6 +269,25 @@ bool VertexUnifier::groupsAreOrdered(void)
         for(std::size_t i = 0; i < m; ++i)
         {
             if(score[i] != i)
+                return false;
+        }
+    }
+    return true;
+}
+
+bool VertexUnifier::exactWithin(const UInt32 *members, std::size_t m) const
+{
+    // An attribute whose values are the same throughout the group never decides within it;
+    // where every varying attribute compares without tolerance, the order is lexicographic.
+    for(const CompareAttribute &at : _context.attr)
+    {
+        if(at.kind == CompareAttribute::None || (at.tolerance == 0.f && !at.angle))
+            continue;
+        VertexCompareContext one;
+        one.attr[0] = at;
+        for(std::size_t i = 1; i < m; ++i)
+        {
+            if(!one.same(members[0], members[i]))
                 return false;
         }
     }

@@ -9,8 +9,9 @@
 // the comparison is not transitive and the outcome depends on the map's shape, so the map itself is
 // the reference. A hash over exact values gives the same answer whenever the comparison is a strict
 // weak order on the vertices in use with exact equality as its equivalence; that is checked on the
-// data (positions compared exactly, every group of distinct vertices at one position totally
-// ordered), and the map is used when the check fails.
+// data (positions compared exactly; within every group of distinct vertices at one position, either
+// only exact comparisons tell them apart or the comparison is checked pairwise to be a strict total
+// order), and the map is used when the check fails.
 
 #include <OpenSGExt/Geometry/detail/skVertexWeld.h>
 
@@ -66,6 +67,7 @@ class VertexUnifier
     void runMap(UInt32 *indices, std::size_t count);
     bool runHash(UInt32 *indices, std::size_t count);
     bool groupsAreOrdered(void);
+    bool exactWithin(const UInt32 *members, std::size_t m) const;
     void replayMap(void);
 
     VertexCompareContext _context;
