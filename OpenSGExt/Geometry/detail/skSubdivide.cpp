@@ -171,9 +171,11 @@ struct Phong
         r[2] = p[2] - n[2] * d;
     }
 
-    // Midpoint of the edge with barycentric weights w over the triangle's corners c.
+    // Midpoint of the edge with barycentric weights w over the triangle's corners c. With
+    // finite corners the zero-weight corner's term is a signed zero, which cannot change a sum
+    // that started at +0, so it is left out; otherwise all three terms are taken as written.
     void midpoint(const Real32 *const c[3], const Real32 w[3], UInt32 e0, UInt32 e1,
-                  Real32 *m) const
+                  Real32 *m, bool finite) const
     {
         const UInt32 n = width();
         for(UInt32 i = 0; i < n; ++i)
@@ -183,6 +185,8 @@ struct Phong
             p[i] = w[0] * c[0][i] + w[1] * c[1][i] + w[2] * c[2][i];
         for(UInt32 k = 0; k < 3; ++k)
         {
+            if(finite && w[k] == 0.f)
+                continue;
             Real32 r[3];
             project(p, c[k], normal(c[k]), r);
             for(UInt32 i = 0; i < 3; ++i)
@@ -214,9 +218,16 @@ struct Phong
         const Real32 *const c[3] = { c0, c1, c2 };
         Real32 m01[W != 0 ? W : MaxSubdivWidth], m12[W != 0 ? W : MaxSubdivWidth],
             m20[W != 0 ? W : MaxSubdivWidth];
-        midpoint(c, w01, 0, 1, m01);
-        midpoint(c, w12, 1, 2, m12);
-        midpoint(c, w20, 2, 0, m20);
+        bool finite = true;
+        for(UInt32 k = 0; k < 3; ++k)
+        {
+            const Real32 *n = normal(c[k]);
+            for(UInt32 i = 0; i < 3; ++i)
+                finite = finite && std::isfinite(c[k][i]) && std::isfinite(n[i]);
+        }
+        midpoint(c, w01, 0, 1, m01, finite);
+        midpoint(c, w12, 1, 2, m12, finite);
+        midpoint(c, w20, 2, 0, m20, finite);
         process(c0, m01, m20, depth + 1);
         process(m20, m01, m12, depth + 1);
         process(m12, m01, c1, depth + 1);

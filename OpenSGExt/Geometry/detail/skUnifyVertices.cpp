@@ -179,7 +179,8 @@ bool VertexUnifier::runHash(UInt32 *indices, std::size_t count)
         return false;
 
     _tables.reset(new VertexUnifierTables);
-    _tables->vertices.reset(std::min<std::size_t>(count, 1u << 16));
+    // Sized for a quarter of the corners being distinct (typical of soups); it grows if not.
+    _tables->vertices.reset(std::max<std::size_t>(count / 4, 64));
     std::vector<UInt32> result(indices, indices + count);
     _representatives.clear();
     for(std::size_t i = 0; i < count; ++i)
