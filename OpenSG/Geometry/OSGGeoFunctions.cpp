@@ -102,10 +102,13 @@ Int32 indexPositions(const GeometryPtr &geo)
         values[i] = i;
     endEditCP(indices, GeoIndicesUI32::IndicesFieldMask);
 
+    // One entry naming every present attribute, so that the result reads as single-indexed
+    // to anyone who checks the mapping's size.
     BitVector mask = Geometry::IndicesFieldMask | Geometry::IndexMappingFieldMask;
     beginEditCP(geo, mask);
     geo->setIndices(indices);
     geo->editMFIndexMapping()->clear();
+    geo->editMFIndexMapping()->push_back(presentAttributeBits(geo));
     endEditCP(geo, mask);
     return 0;
 }

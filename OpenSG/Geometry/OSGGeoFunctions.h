@@ -9,7 +9,7 @@ namespace osg {
     other containers are first given to the geometry alone (unshareProperties).
 
     - Without indices but with positions: a GeoIndicesUI32 0 .. n-1 is set and the mapping
-      emptied; returns 0.
+      becomes one entry of the present attributes' bits; returns 0.
     - Interleaved indices (a mapping of two or more entries): every distinct tuple of a point's
       indices becomes one new vertex, numbered in order of first use; each attribute named in
       the mapping is rebuilt in that order from its entry's indices, the single index is

@@ -116,14 +116,16 @@ TEST(CreateSingleIndex, NonIndexedEmptyMappingAndBadInput)
     ASSERT_NE(geo->getIndices(), NullFC);
     EXPECT_EQ(GeoIndicesUI32Ptr::dcast(geo->getIndices())->getField().getValues(),
               MFUInt32::StorageType({ 0, 1, 2, 3, 4 }));
-    EXPECT_TRUE(geo->getIndexMapping().empty());
+    ASSERT_EQ(geo->getIndexMapping().size(), 1u);
+    EXPECT_EQ(geo->getIndexMapping()[0], Geometry::MapPosition);
     EXPECT_EQ(triangleDump(geo, true), before);
 
     // An empty mapping over indices is spelled out as one entry of the present attributes.
-    beginEditCP(geo, Geometry::TexCoords2FieldMask);
+    beginEditCP(geo, Geometry::TexCoords2FieldMask | Geometry::IndexMappingFieldMask);
+    geo->editMFIndexMapping()->clear();
     geo->setTexCoords2(makeProperty<GeoTexCoords2fPtr>({ Vec2f(), Vec2f(), Vec2f(), Vec2f(),
                                                           Vec2f() }));
-    endEditCP(geo, Geometry::TexCoords2FieldMask);
+    endEditCP(geo, Geometry::TexCoords2FieldMask | Geometry::IndexMappingFieldMask);
     EXPECT_EQ(createSingleIndex(geo), 5);
     ASSERT_EQ(geo->getIndexMapping().size(), 1u);
     EXPECT_EQ(geo->getIndexMapping()[0], Geometry::MapPosition | Geometry::MapTexCoords2);

@@ -307,3 +307,23 @@ TEST(ChunkMaterialTest, ChunksAreReferencedOncePerClassAndDecideTransparency)
     mat->addChunk(second);
     subRefCP(mat);                                  EXPECT_EQ(second.getRefCount(), 1);
 }
+
+TEST(GeoTexCoordsWide, ThreeAndFourComponentReadsPadWithZeroAndDropTheSurplus)
+{
+    GeoTexCoords2fPtr two = makeProperty<GeoTexCoords2fPtr>({ Vec2f(1.f, 2.f) });
+    GeoTexCoords4fPtr four = GeoTexCoords4f::create();
+    beginEditCP(four);
+    four->editField().push_back(Vec4f(5.f, 6.f, 7.f, 8.f));
+    endEditCP(four);
+    addRefCP(two);
+    addRefCP(four);
+    EXPECT_EQ(two->getValue3f(0), Vec3f(1.f, 2.f, 0.f));
+    EXPECT_EQ(two->getValue4f(0), Vec4f(1.f, 2.f, 0.f, 0.f));
+    EXPECT_EQ(four->getValue3f(0), Vec3f(5.f, 6.f, 7.f));
+    EXPECT_EQ(four->getValue4f(0), Vec4f(5.f, 6.f, 7.f, 8.f));
+    LogCapture capture;
+    EXPECT_EQ(four->getValue4f(1), Vec4f(0.f, 0.f, 0.f, 0.f));
+    EXPECT_TRUE(capture.contains("beyond"));
+    subRefCP(two);
+    subRefCP(four);
+}

@@ -14,6 +14,7 @@
 #include <OpenSG/OSGAttachment.h>
 #include <OpenSG/OSGDynamicVolumeFields.h>
 #include <OpenSG/OSGBaseFunctions.h>
+#include <OpenSGExt/OSGIndexWeightFields.h>
 
 #include <gtest/gtest.h>
 
@@ -135,6 +136,11 @@ template <> struct Maker<DynamicVolume>
         v.instanceChanged();
         return v;
     }
+};
+
+template <> struct Maker<IndexWeight>
+{
+    static IndexWeight make(int seed) { return IndexWeight(UInt32(seed % 1000 + 1), Real32(seed) + 0.125f); }
 };
 
 // Containers made for pointer fields live as long as the test program; the containers under test

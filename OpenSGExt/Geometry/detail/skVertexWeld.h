@@ -93,6 +93,62 @@ void weldCorners(const Int32 *corners, std::size_t numCorners, std::size_t width
     }
 }
 
+/*------------------------------ toleranced comparison ----------------------------------*/
+
+/*! One vertex attribute as the toleranced comparison sees it: a view on the property's values in
+    their own type. Kind None takes no part. */
+struct CompareAttribute
+{
+    enum Kind : UInt8
+    {
+        None   = 0,
+        Floats = 1,   // dim floats per element
+        Bytes  = 2    // dim signed bytes per element, compared exactly
+    };
+
+    const void *data      = NULL;
+    UInt32      size      = 0;       // elements
+    UInt8       kind      = None;
+    UInt8       dim       = 0;
+    Real32      tolerance = 0.f;     // per component
+    bool        angle     = false;   // float normals: equal when the angle is within angleEps
+
+    const Real32 *floats(UInt32 v) const { return static_cast<const Real32 *>(data) + v * dim; }
+    const Int8   *bytes (UInt32 v) const { return static_cast<const Int8 *>(data) + v * dim; }
+};
+
+/*! The attributes in comparison order (positions, normals, colours, secondary colours, texture
+    coordinates 0 to 7) and the normals' angle tolerance in radians. */
+struct VertexCompareContext
+{
+    static constexpr UInt32 NumAttributes = 12;
+
+    CompareAttribute attr[NumAttributes];
+    Real32           angleEps = 0.f;
+
+    /*! The toleranced less-than of vertex a against vertex b: per attribute, per component from
+        the first, a < b - e is less, a > b + e is not less, otherwise the next component decides;
+        float normals within angleEps count as equal as a whole. Not transitive when a tolerance
+        is above zero. */
+    bool less(UInt32 a, UInt32 b) const;
+
+    /*! True if the attributes of a and b are equal value for value (the comparison without any
+        tolerance; -0 equals 0). */
+    bool same(UInt32 a, UInt32 b) const;
+
+    /*! A hash of the compared values for which same() vertices hash equally. */
+    std::size_t hash(UInt32 v) const;
+};
+
+/*! A float's bits with -0 taken as 0. */
+inline UInt32 canonicalBits(Real32 f)
+{
+    const Real32 c = f == 0.f ? 0.f : f;
+    UInt32 bits;
+    std::memcpy(&bits, &c, sizeof(bits));
+    return bits;
+}
+
 } // namespace detail
 } // namespace osg
 
