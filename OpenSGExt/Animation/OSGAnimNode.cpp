@@ -8,6 +8,7 @@
 #include <OpenSG/OSGLog.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <exception>
 #include <iostream>

@@ -14,6 +14,7 @@
 #include <OpenSG/OSGAttachment.h>
 #include <OpenSG/OSGDynamicVolumeFields.h>
 #include <OpenSG/OSGBaseFunctions.h>
+#include <OpenSGExt/OSGCCPntFields.h>
 
 #include <gtest/gtest.h>
 
@@ -134,6 +135,17 @@ template <> struct Maker<DynamicVolume>
         b.setBounds(Pnt3f(Real32(-seed), -1.f, -2.f), Pnt3f(Real32(seed), 1.f, 2.f));
         v.instanceChanged();
         return v;
+    }
+};
+
+// Animation keys: every member differs from the default and from its neighbours' seeds.
+template <> struct Maker<CCPnt>
+{
+    static CCPnt make(int seed)
+    {
+        Real32 s = Real32(seed % 50);
+        return CCPnt(Pnt2f(s + 0.5f, -s - 1.25f), Vec2f(-0.75f, s + 2.f), Vec2f(1.5f, -s - 3.f),
+                     UInt32(seed % 7 + 3), UInt32(seed % 5 + 10));
     }
 };
 
