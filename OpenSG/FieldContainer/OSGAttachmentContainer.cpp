@@ -1,4 +1,5 @@
 #include <OpenSG/OSGAttachmentContainer.h>
+#include <OpenSG/OSGName.h>
 #include <OpenSG/OSGLog.h>
 
 namespace osg {
@@ -94,6 +95,40 @@ void AttachmentContainer::addAttachments(const AttachmentContainerPtr &source)
     AttachmentMap entries = source->getAttachments();
     for(const auto &entry : entries)
         addAttachment(entry.second, UInt16(entry.first & 0xFFFF));
+}
+
+void AttachmentContainer::copyName(const AttachmentContainerPtr &source)
+{
+    if(source == NullFC || source.getCPtr() == this)
+        return;
+    AttachmentContainerPtr thisP(this);
+    NamePtr from = NamePtr::dcast(source->findAttachment(Name::getClassType()));
+    NamePtr to   = NamePtr::dcast(findAttachment(Name::getClassType()));
+    if(from == NullFC)
+    {
+        if(to != NullFC)
+        {
+            beginEditCP(thisP, AttachmentsFieldMask);
+            subAttachment(to);
+            endEditCP(thisP, AttachmentsFieldMask);
+        }
+        return;
+    }
+    // A Name shared with another container is not ours to change.
+    if(to == NullFC || to->getParents().size() > 1)
+    {
+        to = Name::create();
+        if(to == NullFC)
+            return;
+        beginEditCP(thisP, AttachmentsFieldMask);
+        addAttachment(to);
+        endEditCP(thisP, AttachmentsFieldMask);
+    }
+    const BitVector mask = Name::NameFieldMask | Name::EncodingFieldMask;
+    beginEditCP(to, mask);
+    to->setName(from->getName());
+    to->setEncoding(from->getEncoding());
+    endEditCP(to, mask);
 }
 
 void AttachmentContainer::changed(BitVector whichField, UInt32 origin)

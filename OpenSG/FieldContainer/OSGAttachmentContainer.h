@@ -26,6 +26,11 @@ class AttachmentContainer : public AttachmentContainerBase
     /*! Shares every attachment of another container under the same keys. */
     void addAttachments(const AttachmentContainerPtr &source);
 
+    /*! Gives this container a Name of its own with the text and encoding of source's Name (one
+        edit of the Name; attaching a new one is an edit of the attachments). Without a Name on
+        source, this container's Name is removed. Null or this container as source: nothing. */
+    void copyName(const AttachmentContainerPtr &source);
+
     /*! Reading attachments by the loaders' origin (Abstract|AbstrIncRefCount) takes the references
         that copyFromBin skipped. */
     void changed(BitVector whichField, UInt32 origin) override;

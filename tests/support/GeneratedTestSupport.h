@@ -14,6 +14,7 @@
 #include <OpenSG/OSGAttachment.h>
 #include <OpenSG/OSGDynamicVolumeFields.h>
 #include <OpenSG/OSGBaseFunctions.h>
+#include <OpenSGExt/OSGCCPntFields.h>
 #include <OpenSGExt/OSGIndexWeightFields.h>
 
 #include <gtest/gtest.h>
@@ -141,6 +142,17 @@ template <> struct Maker<DynamicVolume>
 template <> struct Maker<IndexWeight>
 {
     static IndexWeight make(int seed) { return IndexWeight(UInt32(seed % 1000 + 1), Real32(seed) + 0.125f); }
+};
+
+// Animation keys: every member differs from the default and from its neighbours' seeds.
+template <> struct Maker<CCPnt>
+{
+    static CCPnt make(int seed)
+    {
+        Real32 s = Real32(seed % 50);
+        return CCPnt(Pnt2f(s + 0.5f, -s - 1.25f), Vec2f(-0.75f, s + 2.f), Vec2f(1.5f, -s - 3.f),
+                     UInt32(seed % 7 + 3), UInt32(seed % 5 + 10));
+    }
 };
 
 // Containers made for pointer fields live as long as the test program; the containers under test

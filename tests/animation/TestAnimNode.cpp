@@ -1,0 +1,414 @@
+// AnimNode: time edits on a hand-computed three-level tree with the order of the recorded
+// changes, finished-animation callbacks (lifetime, duplicates, once, re-entrancy, the empty
+// callable), the clone, deep-clone and unshare rules, and trees from files: cycles and a
+// 100k-deep chain.
+
+#include "animation/AnimTestSupport.h"
+
+#include <OpenSGExt/OSGAnimBlock.h>
+#include <OpenSGExt/OSGVertexAnimCurves.h>
+#include <OpenSGExt/NodeUtils.h>
+
+#include <OpenSG/OSGBaseFunctions.h>
+#include <OpenSG/OSGGroup.h>
+#include <OpenSG/OSGLog.h>
+#include <OpenSG/OSGName.h>
+#include <OpenSG/OSGSimpleAttachments.h>
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+using namespace osg;
+using namespace animtest;
+
+namespace {
+
+AnimCurvePtr curveOf(std::initializer_list<std::array<float, 2>> keys)
+{
+    AnimCurvePtr c = AnimCurve::create();
+    for(const auto &k : keys)
+        c->addPointSimple(Pnt2f(k[0], k[1]));
+    return c;
+}
+
+AnimNodePtr animNode(const NodeCorePtr &core, Vec2f offset, Real32 scale)
+{
+    AnimNodePtr n = AnimNode::create();
+    beginEditCP(n);
+    n->setCore(core);
+    n->setOffset(offset);
+    n->setScale(scale);
+    endEditCP(n);
+    return n;
+}
+
+void add(const NodePtr &parent, const NodePtr &child)
+{
+    beginEditCP(parent, Node::ChildrenFieldMask);
+    parent->addChild(child);
+    endEditCP(parent, Node::ChildrenFieldMask);
+}
+
+// R (group) -> A (curve t 0..4) -> A1 (curve t 2..6); R -> B (curve t -1..1).
+class TreeTest : public ::testing::Test
+{
+  protected:
+    void SetUp() override
+    {
+        R  = animNode(Group::create(), Vec2f(0.f, 0.f), 1.f);
+        A  = animNode(curveOf({ { 0, 1 }, { 4, 2 } }), Vec2f(1.f, 0.5f), 2.f);
+        A1 = animNode(curveOf({ { 2, 0 }, { 6, 5 } }), Vec2f(3.f, 0.f), 1.f);
+        B  = animNode(curveOf({ { -1, 3 }, { 1, 3 } }), Vec2f(-2.f, 1.f), 0.5f);
+        addRefCP(R);
+        add(R, A);
+        add(A, A1);
+        add(R, B);
+        clearChanges();
+    }
+    void TearDown() override { subRefCP(R); }
+
+    // The recorded changes with exactly this mask, as the nodes' letters.
+    std::string changedWith(const BitVector &mask) const
+    {
+        std::string out;
+        for(const auto &e : Thread::getCurrentChangeList()->getChanged())
+        {
+            if(e.second != mask)
+                continue;
+            for(const auto &n : { std::make_pair(R, "R"), std::make_pair(A, "A"),
+                                  std::make_pair(A1, "A1"), std::make_pair(B, "B") })
+                if(n.first.getFieldContainerId() == e.first)
+                    out += std::string(out.empty() ? "" : " ") + n.second;
+        }
+        return out;
+    }
+
+    AnimNodePtr R, A, A1, B;
+};
+
+const BitVector OffsetScale = AnimNode::OffsetFieldMask | AnimNode::ScaleFieldMask;
+
+} // namespace
+
+TEST_F(TreeTest, FieldIds)
+{
+    EXPECT_EQ(UInt32(AnimNode::OffsetFieldId), 10u);
+    EXPECT_EQ(UInt32(AnimNode::LastEvaluationTimeFieldId), 25u);
+    AnimNodePtr fresh = AnimNode::create();
+    Held        h(fresh);
+    EXPECT_TRUE(fresh->getMotionBlur());
+    EXPECT_EQ(fresh->getScale(), 1.f);
+    EXPECT_FALSE(fresh->getHidden());
+    EXPECT_TRUE(AnimNode::getClassType().isNode());
+}
+
+TEST_F(TreeTest, MoveByPushesDownParentsFirst)
+{
+    R->moveBy(1.f, 2.f);
+    EXPECT_EQ(R->getOffset(), Vec2f(1.f, 2.f));
+    EXPECT_EQ(A->getOffset(), Vec2f(2.f, 2.5f));
+    EXPECT_EQ(A1->getOffset(), Vec2f(4.f, 2.f));
+    EXPECT_EQ(B->getOffset(), Vec2f(-1.f, 3.f));
+    EXPECT_EQ(changedWith(AnimNode::OffsetFieldMask), "R A A1 B");
+}
+
+TEST_F(TreeTest, ScaleBySetsOwnScaleAndPushesDescendantsFirst)
+{
+    R->scaleBy(2.f, 1.f);
+    EXPECT_EQ(R->getScale(), 2.f);
+    EXPECT_EQ(R->getOffset(), Vec2f(0.f, 0.f));
+    EXPECT_EQ(A1->getScale(), 2.f);
+    EXPECT_EQ(A1->getOffset(), Vec2f(5.f, 0.f));
+    EXPECT_EQ(A->getScale(), 4.f);
+    EXPECT_EQ(A->getOffset(), Vec2f(1.f, 0.5f));
+    EXPECT_EQ(B->getScale(), 1.f);
+    EXPECT_EQ(B->getOffset(), Vec2f(-5.f, 1.f));
+    EXPECT_EQ(changedWith(AnimNode::ScaleFieldMask), "R");
+    EXPECT_EQ(changedWith(OffsetScale), "A1 A B");
+
+    // A vertex-animation core scales its own node in place about the pivot.
+    AnimNodePtr v = animNode(VertexAnimCurves::create(), Vec2f(3.f, 7.f), 2.f);
+    Held        h(v);
+    v->scaleBy(0.5f, 1.f);
+    EXPECT_EQ(v->getScale(), 1.f);
+    EXPECT_EQ(v->getOffset(), Vec2f(2.f, 7.f));
+}
+
+TEST_F(TreeTest, FlipMirrorsAboutTheWorldBounds)
+{
+    R->setPostCycles(1);
+    R->flip();
+    // x bounds -1..6 over 2 cycles: p = 7/2 + 2 * -1 = 1.5
+    EXPECT_EQ(R->getScale(), -1.f);
+    EXPECT_EQ(R->getOffset()[0], 1.5f);
+    EXPECT_EQ(A1->getScale(), -1.f);
+    EXPECT_EQ(A1->getOffset()[0], -1.5f);
+    EXPECT_EQ(A->getScale(), -2.f);
+    EXPECT_EQ(A->getOffset()[0], 0.5f);
+    EXPECT_EQ(B->getScale(), -0.5f);
+    EXPECT_EQ(B->getOffset()[0], 3.5f);
+    EXPECT_EQ(A->getOffset()[1], 0.5f);
+    EXPECT_EQ(changedWith(OffsetScale), "R A1 A B");
+
+    // Without keys or with negative postCycles nothing changes.
+    AnimNodePtr empty = animNode(AnimCurve::create(), Vec2f(1.f, 0.f), 1.f);
+    Held        h(empty);
+    empty->flip();
+    EXPECT_EQ(empty->getScale(), 1.f);
+    R->setPostCycles(-1);
+    R->flip();
+    EXPECT_EQ(R->getScale(), -1.f);
+}
+
+TEST_F(TreeTest, AccumulatedParentScaleAndVolumes)
+{
+    R->setScale(2.f);
+    R->updateAccumulatedParentScale(123.f);
+    EXPECT_EQ(A->getAccumulatedParentScale(), 2.f);
+    EXPECT_EQ(A1->getAccumulatedParentScale(), 4.f);
+    EXPECT_EQ(B->getAccumulatedParentScale(), 2.f);
+    EXPECT_EQ(changedWith(AnimNode::AccumulatedParentScaleFieldMask | AnimNode::OffsetFieldMask),
+              "A A1 B");
+
+    Pnt3f lo, hi;
+    ASSERT_TRUE(A->getBounds(lo, hi));
+    EXPECT_EQ(lo, Pnt3f(0.f, 0.f, 0.f));
+    EXPECT_EQ(hi, Pnt3f(6.f, 0.f, 5.f));
+    // A time edit invalidates the volumes from the leaves up.
+    R->moveBy(1.f, 0.f);
+    EXPECT_FALSE(A1->getVolume().isValid());
+    EXPECT_FALSE(R->getVolume().isValid());
+}
+
+TEST_F(TreeTest, NonFiniteArgumentsRefused)
+{
+    LogCapture  log;
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    R->moveBy(nan, 0.f);
+    R->scaleBy(std::numeric_limits<float>::infinity(), 0.f);
+    R->pushFlip(nan);
+    EXPECT_EQ(A->getOffset(), Vec2f(1.f, 0.5f));
+    EXPECT_EQ(R->getScale(), 1.f);
+    EXPECT_EQ(log.count(), 3u);
+    EXPECT_EQ(Thread::getCurrentChangeList()->sizeChanged(), 0u);
+}
+
+TEST(AnimNodeCallbacks, RegistrationLifetimeAndOnce)
+{
+    AnimNodePtr node = AnimNode::create();
+    Held        h(node);
+    node->finishedAnimation();   // never registered: nothing happens
+    node->unregisterSingleCallFinishedAnimationCallbacks();
+    EXPECT_EQ(node->getNumFinishedAnimationCallbacks(), 0u);
+
+    std::string log;
+    auto        f    = std::make_shared<std::function<void()>>([&log] { log += "f"; });
+    auto        f2   = std::make_shared<std::function<void()>>(*f);   // same function, new callable
+    auto        once = std::make_shared<std::function<void()>>([&log] { log += "o"; });
+    auto        gone = std::make_shared<std::function<void()>>([&log] { log += "x"; });
+    node->registerFinishedAnimationCallback(f, false);
+    node->registerFinishedAnimationCallback(f, true);
+    node->registerFinishedAnimationCallback(f2, false);
+    node->registerFinishedAnimationCallback(once, true);
+    node->registerFinishedAnimationCallback(gone, false);
+    EXPECT_EQ(node->getNumFinishedAnimationCallbacks(), 4u);
+    EXPECT_EQ(gone.use_count(), 1);   // registration keeps nothing alive
+    gone.reset();
+
+    node->finishedAnimation();
+    EXPECT_EQ(log, "ffo");
+    EXPECT_EQ(node->getNumFinishedAnimationCallbacks(), 2u);   // "gone" and "once" dropped
+    node->finishedAnimation();
+    EXPECT_EQ(log, "ffoff");
+
+    node->registerFinishedAnimationCallback(once, true);
+    node->unregisterSingleCallFinishedAnimationCallbacks();
+    node->unregisterFinishedAnimationCallback(f2);
+    node->finishedAnimation();
+    EXPECT_EQ(log, "ffofff");
+    node->unregisterFinishedAnimationCallbacks();
+    node->finishedAnimation();
+    EXPECT_EQ(log, "ffofff");
+    node->registerFinishedAnimationCallback(f, false);
+    node->unregisterAllCallbacks();
+    EXPECT_EQ(node->getNumFinishedAnimationCallbacks(), 0u);
+
+    // Copies do not carry the list.
+    node->registerFinishedAnimationCallback(f, false);
+    AnimNodePtr copy = AnimNodePtr::dcast(node->shallowCopy());
+    Held        hc(copy);
+    EXPECT_EQ(copy->getNumFinishedAnimationCallbacks(), 0u);
+}
+
+TEST(AnimNodeCallbacks, ReentrancyAndEmptyCallable)
+{
+    AnimNodePtr node = AnimNode::create();
+    Held        h(node);
+    std::string log;
+    AnimNode::CallbackPtr b, late;
+    b    = std::make_shared<std::function<void()>>([&log] { log += "b"; });
+    late = std::make_shared<std::function<void()>>([&log] { log += "L"; });
+    AnimNode::CallbackPtr a = std::make_shared<std::function<void()>>([&] {
+        log += "a";
+        node->unregisterFinishedAnimationCallback(b);           // not called this round
+        node->registerFinishedAnimationCallback(late, false);   // waits for the next
+        node->unregisterFinishedAnimationCallback(a);           // itself
+    });
+    node->registerFinishedAnimationCallback(a, false);
+    node->registerFinishedAnimationCallback(b, false);
+    node->finishedAnimation();
+    EXPECT_EQ(log, "a");
+    node->finishedAnimation();
+    EXPECT_EQ(log, "aL");
+
+    auto empty = std::make_shared<std::function<void()>>();
+    node->registerFinishedAnimationCallback(empty, true);
+    EXPECT_THROW(node->finishedAnimation(), std::bad_function_call);
+    EXPECT_EQ(log, "aLL");
+    node->finishedAnimation();   // the once entry went with its call
+    EXPECT_EQ(log, "aLLL");
+
+    // Other exceptions from a callback are reported, not passed on.
+    auto thrower = std::make_shared<std::function<void()>>([] { throw std::runtime_error("boom"); });
+    node->registerFinishedAnimationCallback(thrower, false);
+    LogCapture capture;
+    EXPECT_NO_THROW(node->finishedAnimation());
+    EXPECT_TRUE(capture.contains("boom"));
+}
+
+TEST_F(TreeTest, CloneSharesCoresAndCopiesTheListedFields)
+{
+    NodeUtils::setName(R, "root", false);
+    NodeUtils::setName(A, "a", false);
+    R->setPlaying(true);
+    R->setStartTime(5.0);
+    R->setMotionBlur(false);
+    R->setHidden(true);
+    R->setPostCycles(3);
+    R->setLocked(true);
+    R->setAccumulatedParentOffset(Vec2f(1.f, 1.f));
+
+    AnimNodePtr c = cloneAnimTree(R, false);
+    Held        h(c);
+    ASSERT_EQ(c->getNChildren(), 2u);
+    EXPECT_EQ(c->getCore(), R->getCore());
+    EXPECT_FALSE(c->getPlaying());
+    EXPECT_EQ(c->getStartTime(), 0.0);
+    EXPECT_TRUE(c->getMotionBlur());
+    EXPECT_TRUE(c->getHidden());
+    EXPECT_EQ(c->getPostCycles(), 3);
+    EXPECT_TRUE(c->getLocked());
+    EXPECT_EQ(c->getAccumulatedParentOffset(), Vec2f(1.f, 1.f));
+    // The root gets a name of its own; descendants share every attachment.
+    EXPECT_STREQ(getName(c), "root");
+    EXPECT_NE(c->findAttachment(Name::getClassType()), R->findAttachment(Name::getClassType()));
+    AnimNodePtr ca = AnimNodePtr::dcast(c->getChild(0));
+    EXPECT_EQ(ca->findAttachment(Name::getClassType()), A->findAttachment(Name::getClassType()));
+    EXPECT_EQ(ca->getOffset(), Vec2f(1.f, 0.5f));
+    EXPECT_EQ(ca->getChild(0)->getCore(), A1->getCore());
+
+    AnimNodePtr withAll = cloneAnimTree(R, true);
+    Held        hw(withAll);
+    EXPECT_EQ(withAll->findAttachment(Name::getClassType()), R->findAttachment(Name::getClassType()));
+
+    // A plain node root still gives an AnimNode.
+    NodePtr plain = Node::create();
+    Held    hp(plain);
+    beginEditCP(plain);
+    plain->setCore(A->getCore());
+    endEditCP(plain);
+    AnimNodePtr fromPlain = cloneAnimTree(plain, true);
+    Held        hf(fromPlain);
+    ASSERT_NE(fromPlain, NullFC);
+    EXPECT_EQ(fromPlain->getCore(), A->getCore());
+    EXPECT_EQ(cloneAnimTree(NullFC, true), NullFC);
+}
+
+TEST_F(TreeTest, DeepCloneAndUnshare)
+{
+    // A and B share one curve; deep copies keep that sharing and leave the sources alone.
+    beginEditCP(B, Node::CoreFieldMask);
+    B->setCore(A->getCore());
+    endEditCP(B, Node::CoreFieldMask);
+    AnimNodePtr d = deepCloneAnimTree(R, "");
+    Held        h(d);
+    NodeCorePtr da = d->getChild(0)->getCore(), db = d->getChild(1)->getCore();
+    EXPECT_NE(da, A->getCore());
+    EXPECT_EQ(da, db);
+    EXPECT_EQ(AnimCurvePtr::dcast(da)->getControlPoints().size(), 2u);
+    EXPECT_EQ(AnimNodePtr::dcast(d->getChild(0))->getOffset(), Vec2f(1.f, 0.5f));
+
+    AnimNodePtr shared = deepCloneAnimTree(R, std::vector<std::string>{ "AnimObject" });
+    Held        hs(shared);
+    EXPECT_EQ(shared->getChild(0)->getCore(), A->getCore());
+
+    // unshareTree: listed types stay shared; otherwise each node ends with a core of its own.
+    R->unshareTree("AnimCurve  Group");
+    EXPECT_EQ(A->getCore(), B->getCore());
+    R->unshareTree("");
+    EXPECT_NE(A->getCore(), B->getCore());
+    EXPECT_EQ(AnimCurvePtr::dcast(B->getCore())->getControlPoints(),
+              AnimCurvePtr::dcast(A->getCore())->getControlPoints());
+    // A core used once is kept.
+    NodeCorePtr before = A1->getCore();
+    A1->unshare("");
+    EXPECT_EQ(A1->getCore(), before);
+}
+
+TEST_F(TreeTest, CyclesFromFilesStopAtTheRepeat)
+{
+    // A1 lists R as a child, as a corrupt file could (no reference, no parent change).
+    A1->editMFChildren()->push_back(R);
+    R->moveBy(1.f, 0.f);
+    EXPECT_EQ(R->getOffset(), Vec2f(1.f, 0.f));   // moved once, not again through the cycle
+    EXPECT_EQ(A1->getOffset(), Vec2f(4.f, 0.f));
+    R->scaleBy(2.f, 0.f);
+    R->updateAccumulatedParentScale();
+    R->invalidateVolume();
+    Pnt3f lo, hi;
+    EXPECT_TRUE(R->getBounds(lo, hi));
+    AnimNodePtr c = cloneAnimTree(R, true);
+    Held        h(c);
+    EXPECT_EQ(c->getChild(0)->getChild(0)->getNChildren(), 0u);
+    AnimNodePtr d = deepCloneAnimTree(R, "");
+    Held        hd(d);
+    R->unshareTree("");
+    A1->editMFChildren()->clear();
+}
+
+TEST(AnimNodeDepth, HundredThousandDeepChain)
+{
+    const int   depth = 100000;
+    AnimNodePtr root  = AnimNode::create();
+    addRefCP(root);
+    AnimNodePtr last = root;
+    for(int i = 0; i < depth; ++i)
+    {
+        AnimNodePtr next = AnimNode::create();
+        last->addChild(next);
+        last = next;
+    }
+    beginEditCP(last, Node::CoreFieldMask);
+    last->setCore(curveOf({ { 0, 0 }, { 2, 1 } }));
+    endEditCP(last, Node::CoreFieldMask);
+
+    root->moveBy(1.f, 0.f);
+    EXPECT_EQ(last->getOffset(), Vec2f(1.f, 0.f));
+    root->scaleBy(2.f, 0.f);
+    EXPECT_EQ(last->getScale(), 2.f);
+    root->flip();
+    EXPECT_EQ(last->getScale(), -2.f);
+    root->updateAccumulatedParentScale();
+    Pnt3f lo, hi;
+    ASSERT_TRUE(root->getBounds(lo, hi));
+    EXPECT_EQ(hi[0], 2.f);
+    root->unshareTree("");
+    AnimNodePtr c = cloneAnimTree(root, true);
+    AnimNodePtr d = deepCloneAnimTree(root, "");
+    ASSERT_NE(c, NullFC);
+    ASSERT_NE(d, NullFC);
+    subRefCP(c);
+    subRefCP(d);
+    subRefCP(root);
+}
