@@ -6,7 +6,7 @@ set -euo pipefail
 packages=(
     g++ cmake ninja-build make pkg-config python3 git ca-certificates
     libgtest-dev libgmock-dev libbenchmark-dev
-    zlib1g-dev libpng-dev libtbb-dev
+    zlib1g-dev libpng-dev libtbb-dev liblcms2-dev
     # The fuzz preset: clang with its libFuzzer and sanitizer runtimes.
     clang libclang-rt-14-dev
     # Independent references the tests check against.
