@@ -2,6 +2,8 @@
 
 #include <OpenSGExt/Image/detail/skIFFParser.h>
 
+#include "IFFTestFiles.h"
+
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -13,49 +15,7 @@ using namespace osg::detail;
 
 namespace {
 
-typedef std::vector<UInt8> Bytes;
-
-void put32(Bytes &b, UInt32 v) { for(int s = 24; s >= 0; s -= 8) b.push_back(UInt8(v >> s)); }
-void put16(Bytes &b, UInt32 v) { b.push_back(UInt8(v >> 8)); b.push_back(UInt8(v)); }
-
-Bytes chunk(const char *tag, const Bytes &body)
-{
-    Bytes b(tag, tag + 4);
-    put32(b, UInt32(body.size()));
-    b.insert(b.end(), body.begin(), body.end());
-    while(b.size() % 4)
-        b.push_back(0);
-    return b;
-}
-
-Bytes group(const char *type, const std::vector<Bytes> &chunks)
-{
-    Bytes body(type, type + 4);
-    for(const Bytes &c : chunks)
-        body.insert(body.end(), c.begin(), c.end());
-    return chunk("FOR4", body);
-}
-
-Bytes header(UInt32 w, UInt32 h, UInt32 flags, UInt32 bytes, UInt32 compression, UInt32 tiles)
-{
-    Bytes b;
-    put32(b, w); put32(b, h); put16(b, 1); put16(b, 1); put32(b, flags); put16(b, bytes);
-    put16(b, tiles); put32(b, compression);
-    return chunk("TBHD", b);
-}
-
-Bytes tile(const char *tag, UInt32 x1, UInt32 y1, UInt32 x2, UInt32 y2, const Bytes &data)
-{
-    Bytes b;
-    put16(b, x1); put16(b, y1); put16(b, x2); put16(b, y2);
-    b.insert(b.end(), data.begin(), data.end());
-    return chunk(tag, b);
-}
-
-Bytes file(const std::vector<Bytes> &cimg)
-{
-    return group("CIMG", cimg);
-}
+using namespace ifftest;
 
 bool parse(const Bytes &f, IFFImage &img, std::string &err)
 {
