@@ -1,5 +1,7 @@
 #include <OpenSGExt/Image/detail/skInflateStreamBuf.h>
 
+#include <libdeflate.h>
+
 #include <algorithm>
 #include <cstring>
 #include <limits>
@@ -125,7 +127,7 @@ bool InflateStreamBuf::readHeader(void)
         }
 
     _firstMember = false;
-    _crc    = crc32(0L, Z_NULL, 0);
+    _crc    = 0;
     _length = 0;
     if(inflateReset(&_zs) != Z_OK)
     {
@@ -181,7 +183,7 @@ std::size_t InflateStreamBuf::produce(unsigned char *out, std::size_t size)
         _zs.avail_out = uInt(size);
         int rc = inflate(&_zs, Z_NO_FLUSH);
         std::size_t made = size - _zs.avail_out;
-        _crc = crc32(_crc, out, uInt(made));
+        _crc = libdeflate_crc32(static_cast<uint32_t>(_crc), out, made);
         _length += made;
         if(rc == Z_STREAM_END)
         {
