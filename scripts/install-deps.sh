@@ -5,6 +5,8 @@ set -euo pipefail
 
 packages=(
     g++ cmake ninja-build make pkg-config python3 git ca-certificates
+    # The tool's command-line parser (header-only).
+    libcli11-dev
     libgtest-dev libgmock-dev libbenchmark-dev
     zlib1g-dev libpng-dev libtbb-dev liblcms2-dev libdeflate-dev
     # The fuzz preset: clang with its libFuzzer and sanitizer runtimes.

@@ -10,7 +10,7 @@ bash scripts/build.sh "$preset" || { echo "test.sh: build of preset $preset fail
 
 status=0
 if [ -f tools/check-generated ]; then
-    bash tools/check-generated || { echo "test.sh: tools/check-generated failed" >&2; status=1; }
+    bash tools/check-generated --osgext "build/$preset/bin/osgext" || { echo "test.sh: tools/check-generated failed" >&2; status=1; }
 fi
 ctest --preset "$preset" || status=1
 exit $status

@@ -1,87 +1,77 @@
 // osgext: command-line access to the skOpenSGExt library.
 
-#include "Commands.h"
+#include "Command.h"
 
 #include <OpenSGExt/skOpenSGExt.h>
 #include <OpenSG/OSGBaseFunctions.h>
 
-#include <cstring>
 #include <exception>
 #include <iostream>
 #include <string>
+#include <vector>
+
+#ifndef SKOSG_VERSION
+#define SKOSG_VERSION "unknown"
+#endif
 
 namespace {
 
-struct Command
+// Builds the parser and runs the chosen subcommand (the demo when none is named).
+int runTool(int argc, char **argv)
 {
-    const char *name;
-    const char *summary;
-    int (*run)(const osgext::Options &, std::ostream &, std::ostream &);
-};
+    CLI::App app{"osgext: command-line access to the skOpenSGExt library"};
+    app.set_version_flag("--version", std::string("osgext ") + SKOSG_VERSION);
+    app.require_subcommand(0, 1);
+    app.fallthrough(false);
 
-const Command Commands[] = {
-    {"demo",  "create, edit, write and read back the library's containers (default)",
-     &osgext::runDemo},
-    {"types", "list every registered container type with its parent and own fields",
-     &osgext::runTypes},
-};
+    std::string outDir = "osgext-demo-out";
+    CLI::App *demo = app.add_subcommand(
+        "demo", "build a small scene and run every capability of the library (the default)");
+    demo->add_option("--out", outDir, "folder for the demo's output files")
+        ->capture_default_str()
+        ->check([](const std::string &s) { return s.empty() ? "--out needs a folder" : ""; });
 
-void printUsage(std::ostream &os)
-{
-    os << "usage: osgext [command] [--out DIR]\n\ncommands:\n";
-    for(const Command &c : Commands)
-        os << "  " << c.name << std::string(8 - std::strlen(c.name), ' ') << c.summary << "\n";
-    os << "  help    show this text\n\n"
-          "options:\n"
-          "  --out DIR  folder for the demo's output files (default osgext-demo-out)\n";
-}
-
-// 0 when the arguments are usable, 2 (after printing usage) otherwise.
-int parseArguments(int argc, char **argv, const Command *&command, bool &help,
-                   osgext::Options &options)
-{
-    command = &Commands[0];
-    help    = false;
-    bool named = false;
-    for(int i = 1; i < argc; ++i)
+    struct Bound
     {
-        const std::string arg = argv[i];
-        if(arg == "--out")
-        {
-            if(i + 1 >= argc || argv[i + 1][0] == '\0')
-            {
-                std::cerr << "osgext: --out needs a folder\n";
-                printUsage(std::cerr);
-                return 2;
-            }
-            options.outDir = argv[++i];
-            continue;
-        }
-        if(arg == "help" || arg == "--help" || arg == "-h")
-        {
-            help = true;
-            continue;
-        }
-        const Command *found = nullptr;
-        for(const Command &c : Commands)
-        {
-            if(arg == c.name)
-                found = &c;
-        }
-        if(found == nullptr || named)
-        {
-            if(found != nullptr)
-                std::cerr << "osgext: only one command at a time ('" << arg << "')\n";
-            else
-                std::cerr << "osgext: unknown " << (arg[0] == '-' ? "option" : "command")
-                          << " '" << arg << "'\n";
-            printUsage(std::cerr);
-            return 2;
-        }
-        command = found;
-        named   = true;
+        CLI::App                        *app;
+        std::unique_ptr<osgext::Command> command;
+    };
+    std::vector<Bound> bound;
+    for(const osgext::CommandEntry &entry : osgext::commands())
+    {
+        Bound b{app.add_subcommand(entry.name, entry.summary), entry.factory()};
+        b.command->configure(*b.app);
+        bound.push_back(std::move(b));
     }
-    return 0;
+
+    try
+    {
+        app.parse(argc, argv);
+    }
+    catch(const CLI::CallForHelp &e)
+    {
+        return app.exit(e);
+    }
+    catch(const CLI::CallForAllHelp &e)
+    {
+        return app.exit(e);
+    }
+    catch(const CLI::CallForVersion &e)
+    {
+        return app.exit(e);
+    }
+    catch(const CLI::ParseError &e)
+    {
+        std::cerr << "osgext: " << e.what() << " (osgext --help lists the commands)\n";
+        return 2;
+    }
+
+    for(Bound &b : bound)
+    {
+        if(b.app->parsed())
+            return b.command->run(std::cout, std::cerr);
+    }
+    return osgext::runDemo(outDir, std::cout, std::cerr);
 }
 
 } // namespace
@@ -97,15 +87,7 @@ int main(int argc, char **argv)
             return 1;
         }
         skOpenSGExt::init();
-
-        const Command  *command = nullptr;
-        bool            help    = false;
-        osgext::Options options;
-        result = parseArguments(argc, argv, command, help, options);
-        if(result == 0 && help)
-            printUsage(std::cout);
-        else if(result == 0)
-            result = command->run(options, std::cout, std::cerr);
+        result = runTool(argc, argv);
     }
     catch(const std::exception &e)
     {

@@ -33,6 +33,12 @@ std::string tempPath(const std::string &name)
     return ::testing::TempDir() + "osgimage_" + std::to_string(::getpid()) + "_" + name;
 }
 
+// ImageMagick's convert, from its package's place when it is there.
+std::string convertTool(void)
+{
+    return ::access("/usr/bin/convert", X_OK) == 0 ? "/usr/bin/convert" : "convert";
+}
+
 std::string runCommand(const std::string &cmd)
 {
     std::string out;
@@ -187,7 +193,7 @@ TEST(PNGImageFileType, AgreesWithImageMagick)
 {
     const std::string in = tempPath("im.png"), out = tempPath("ours.png");
     // 2x2: top row red, green; bottom row blue, half-transparent white.
-    std::string cmd = "convert -size 2x2 xc:none -fill '#ff0000' -draw 'point 0,0' "
+    std::string cmd = convertTool() + " -size 2x2 xc:none -fill '#ff0000' -draw 'point 0,0' "
                       "-fill '#00ff00' -draw 'point 1,0' -fill '#0000ff' -draw 'point 0,1' "
                       "-fill '#ffffff80' -draw 'point 1,1' -define png:color-type=6 PNG32:" + in;
     ASSERT_EQ(std::system(cmd.c_str()), 0);
@@ -206,7 +212,7 @@ TEST(PNGImageFileType, AgreesWithImageMagick)
     EXPECT_NE(img->getName().find("im.png"), std::string::npos);
 
     ASSERT_TRUE(img->write(out.c_str()));
-    std::string txt = runCommand("convert " + out + " txt:- 2>&1");
+    std::string txt = runCommand(convertTool() + " " + out + " txt:- 2>&1");
     EXPECT_NE(txt.find("0,0: (255,0,0,255)"), std::string::npos) << txt;
     EXPECT_NE(txt.find("1,1: (255,255,255,128)"), std::string::npos) << txt;
     std::remove(in.c_str());

@@ -561,12 +561,32 @@ def write_if_changed(path, text):
     return True
 
 
+def cpp_string(text):
+    return '"%s"' % text.replace("\\", "\\\\").replace('"', '\\"')
+
+
+def doc_table(gen):
+    """A C++ table of the descriptions' texts: per type its one-line description, per field its
+    default and description. The tool joins it with what the type registry knows (ids, masks)."""
+    o = [HEADER_NOTE.format(fcd="every description"),
+         "// { type, field (empty for the type itself), default value, description }\n"]
+    for name in sorted(gen.types):
+        t = gen.types[name]
+        o.append("{%s, \"\", \"\", %s},\n" % (cpp_string(name), cpp_string(t.description)))
+        for f in t.fields:
+            o.append("{%s, %s, %s, %s},\n" % (cpp_string(name), cpp_string(f.name),
+                                               cpp_string(f.default), cpp_string(f.description)))
+    return "".join(o)
+
+
 def main(argv=None):
     ap = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     ap.add_argument("--root", default=os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", ".."),
                     help="repository root holding OpenSG/ and OpenSGExt/")
     ap.add_argument("--out", help="write into this folder instead of beside the descriptions")
     ap.add_argument("--list", action="store_true", help="print the files that would be written")
+    ap.add_argument("--doc-table", metavar="FILE",
+                    help="write only the table of type and field descriptions (C++ initialisers)")
     args = ap.parse_args(argv)
 
     root = os.path.abspath(args.root)
@@ -576,6 +596,9 @@ def main(argv=None):
     except FcdError as e:
         print("fcdgen: error: %s" % e, file=sys.stderr)
         return 2
+    if args.doc_table:
+        write_if_changed(os.path.abspath(args.doc_table), doc_table(gen))
+        return 0
     out_root = os.path.abspath(args.out) if args.out else root
     changed = 0
     for rel, text in files:

@@ -2,7 +2,7 @@
 // into fresh instances created by type name and compared field by field; the back-plate shader;
 // a small scene run through the scene utilities, transform variants and switch transforms.
 
-#include "Commands.h"
+#include "Command.h"
 #include "DemoScene.h"
 
 #include <OpenSGExt/OSGTagAttachment.h>
@@ -252,18 +252,11 @@ bool showBackplate(std::ostream &out, std::ostream &err, size_t &uniforms)
     return true;
 }
 
-} // namespace
-
-int runDemo(const Options &options, std::ostream &out, std::ostream &err)
+// The library's own containers and scene utilities; the other areas add sections of their own.
+bool runContainersDemo(DemoContext &ctx)
 {
-    const fs::path dir(options.outDir);
-    std::error_code ec;
-    fs::create_directories(dir, ec);
-    if(ec || !fs::is_directory(dir))
-    {
-        err << "osgext: cannot create the folder " << dir.string() << ": " << ec.message() << "\n";
-        return 1;
-    }
+    std::ostream &out = ctx.out, &err = ctx.err;
+    const fs::path &dir = ctx.outDir;
 
     FieldContainerFactory *factory = FieldContainerFactory::the();
     TagAttachmentPtr tags = TagAttachmentPtr::dcast(factory->createFieldContainer("TagAttachment"));
@@ -271,7 +264,7 @@ int runDemo(const Options &options, std::ostream &out, std::ostream &err)
     if(tags == NullFC || pairs == NullFC)
     {
         err << "osgext: the factory does not create TagAttachment and ValuePair\n";
-        return 1;
+        return false;
     }
     Held holdTags(tags), holdPairs(pairs);
 
@@ -305,8 +298,11 @@ int runDemo(const Options &options, std::ostream &out, std::ostream &err)
             << (t.equal ? "equal" : "NOT equal") << "\n";
     out << "  back-plate shader: "
         << (shader ? std::to_string(uniforms) + " uniforms" : std::string("not created")) << "\n";
-    out << "result: " << (ok ? "ok" : "FAILED") << "\n";
-    return ok ? 0 : 1;
+    return ok;
 }
+
+} // namespace
+
+OSGEXT_DEMO_SECTION(100, "containers and scene utilities", runContainersDemo);
 
 } // namespace osgext
