@@ -102,3 +102,18 @@ TEST(IFFImageFile, ErrorsAreLoggedWithTheirPrefix)
     EXPECT_TRUE(log.contains("IFF: Error: cannot open file")) << log.text();
     subRefCP(img);
 }
+
+TEST(IFFImageFile, FuzzSeedsAreValidFiles)
+{
+    // The seeds were assembled from the layout rules by hand; each must read.
+    ImagePtr img = Image::create();
+    addRefCP(img);
+    int n = 0;
+    for(const auto &e : fs::directory_iterator(fs::path(SKOSG_SOURCE_DIR) / "fuzz/image/seeds/fuzz_iff"))
+    {
+        EXPECT_TRUE(IFFImageFileType::the().read(img, e.path().c_str())) << e.path();
+        ++n;
+    }
+    EXPECT_GE(n, 3);
+    subRefCP(img);
+}

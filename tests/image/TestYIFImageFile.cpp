@@ -266,3 +266,18 @@ TEST(YIFImageFile, StreamDetectionLeavesTheStreamInPlace)
     EXPECT_FALSE(YIFImageFileType::the().validateHeader("/nonexistent/x.yif", implemented));
     EXPECT_TRUE(implemented);
 }
+
+TEST(YIFImageFile, FuzzSeedsAreValidFiles)
+{
+    // Seeds starting with 'Z' are the fuzz target's own gzip mode; the others are YIF files.
+    Held img;
+    int n = 0;
+    for(const auto &e : fs::directory_iterator(fs::path(SKOSG_SOURCE_DIR) / "fuzz/image/seeds/fuzz_yif"))
+    {
+        if(e.path().extension() == ".bin")
+            continue;
+        EXPECT_TRUE(YIFImageFileType::the().read(img.img, e.path().c_str())) << e.path();
+        ++n;
+    }
+    EXPECT_GE(n, 3);
+}
