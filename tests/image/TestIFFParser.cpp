@@ -126,13 +126,16 @@ TEST(IFFParser, BadFilesGiveTheirReasonAndLeaveTheImageAlone)
           "unexpected tag" },
         { file({ group("TBMP", { tile("RGBA", 0, 0, 1, 1, px) }) }), "no header" },
         // Absurd sizes are refused before anything is allocated: beyond the largest dimension,
-        // or a 65536 x 65536 image (16 GiB) whose tiles cannot cover it.
+        // beyond 2^31 - 1 bytes of pixels (65536 x 65536 RGBA8 is 16 GiB), or a 4096 x 4096
+        // image (64 MiB) whose tiles cannot cover it.
         { file({ header(100000, 2, 3, 0, 0, 1), group("TBMP", {}) }), "image too large" },
         { file({ header(65536, 65536, 3, 0, 1, 1), group("TBMP", { tile("RGBA", 0, 0, 1, 1, px) }) }),
+          "image too large" },
+        { file({ header(4096, 4096, 3, 0, 1, 1), group("TBMP", { tile("RGBA", 0, 0, 1, 1, px) }) }),
           "missing tiles" },
-        // A tile claiming 65536 x 65536 RLE pixels from 6 bytes.
-        { file({ header(65536, 65536, 3, 0, 1, 1),
-                 group("TBMP", { tile("RGBA", 0, 0, 65535, 65535, { 0xFF, 1, 0xFF, 1, 0xFF, 1 }) }) }),
+        // A tile claiming 8192 x 8192 RLE pixels from 6 bytes.
+        { file({ header(8192, 8192, 3, 0, 1, 1),
+                 group("TBMP", { tile("RGBA", 0, 0, 8191, 8191, { 0xFF, 1, 0xFF, 1, 0xFF, 1 }) }) }),
           "corrupt RLE data" },
     };
     for(std::size_t i = 0; i < cases.size(); ++i)

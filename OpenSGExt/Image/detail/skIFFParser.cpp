@@ -175,6 +175,11 @@ bool parseIFF(const UInt8 *data, std::size_t size, IFFImage &image, std::string 
     const UInt32      channels  = hasColour ? ((h.flags & 2) ? 4 : 3) : 0;
     const UInt32      bpc       = h.bytes + 1;
     const std::size_t pixels    = std::size_t(h.width) * h.height;
+    if(UInt64(pixels) * channels * bpc > IFFMaxPixelBytes || (hasDepth && UInt64(pixels) * 4 > IFFMaxPixelBytes))
+    {
+        error = "image too large";
+        return false;
+    }
 
     // Validate every tile before allocating anything: a tile inside the image whose data can hold
     // its area (raw, or at most 64 bytes per RLE byte), and enough tiles to cover the image.

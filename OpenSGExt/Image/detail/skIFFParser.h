@@ -31,6 +31,8 @@ namespace detail {
 
 /*! Largest width or height accepted (tile corners are 16-bit). */
 const UInt32 IFFMaxDimension = 65536;
+/*! Largest colour or depth buffer accepted, as for any OpenSG image (2^31 - 1 bytes). */
+const UInt64 IFFMaxPixelBytes = 0x7fffffffULL;
 
 struct IFFImage
 {
