@@ -8,11 +8,13 @@ packages=(
     # The tool's command-line parser (header-only).
     libcli11-dev
     libgtest-dev libgmock-dev libbenchmark-dev
-    zlib1g-dev libpng-dev libtbb-dev liblcms2-dev
+    zlib1g-dev libpng-dev libtbb-dev liblcms2-dev libdeflate-dev
     # The fuzz preset: clang with its libFuzzer and sanitizer runtimes.
     clang libclang-rt-14-dev
     # Independent references the tests check against.
     libglm-dev imagemagick gzip
+    # Peer of the image-scaling benchmark.
+    libvips-dev
 )
 
 missing=()

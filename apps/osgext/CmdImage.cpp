@@ -1,13 +1,16 @@
-// osgext image convert IN OUT: an image file into another format, chosen by the suffixes through
-// the image file handler (PNG, PSD, PSB, ...). Samples are adapted to what the target takes
+// osgext image convert IN OUT [--scale WxH[xD]] [--filter NAME]: an image file into another
+// format, chosen by the suffixes through the image file handler (PNG, PSD, PSB, YIF; IFF in),
+// resampled first when asked. Samples are adapted to what the target takes
 // (PSD: 8-bit or float; PNG: 8 or 16 bits), and PSD/PSB documents get an sRGB profile when the
 // image brings none.
 // osgext image layers OUT.psd IN... [--names ...]: a layered PSD or PSB document, one layer per
 // input (bottom first), named after the files or by --names, over a composite of them.
 
 #include "Command.h"
+#include "ImageScaleTools.h"
 #include "ImageTools.h"
 
+#include <OpenSGExt/OSGImageScaler.h>
 #include <OpenSGExt/OSGPSDImageFileType.h>
 #include <OpenSGExt/skICCProfile.h>
 
@@ -118,6 +121,10 @@ class ImageCommand : public Command
                                                  "(by suffix: png, psd, psb, ...)");
         _convert->add_option("in", _in, "input image file")->required();
         _convert->add_option("out", _out, "output image file")->required();
+        _convert->add_option("--scale", _scale, "resample to WIDTHxHEIGHT[xDEPTH] first");
+        _convert->add_option("--filter", _filter, "resampling filter: " +
+                                                  skUtils::ImageGenericFilter::names() +
+                                                  " (default lanczos3)");
 
         _layers = app.add_subcommand("layers", "write a layered PSD or PSB document, one layer "
                                                "per input image, bottom first");
@@ -146,6 +153,13 @@ class ImageCommand : public Command
         if(!readImage(_in, image, err))
             return 1;
         const std::string inDesc = describeImage(image.ptr);
+        if(!_filter.empty() && _scale.empty())
+        {
+            err << "osgext image: --filter needs --scale\n";
+            return 1;
+        }
+        if(!_scale.empty() && !scaleImageForTool(image.ptr, _scale, _filter, err))
+            return 1;
         if(!prepareFor(type, image, err))
             return 1;
         if(!type->write(image.ptr, _out.c_str()))
@@ -232,7 +246,7 @@ class ImageCommand : public Command
 
     CLI::App *_convert = nullptr;
     CLI::App *_layers = nullptr;
-    std::string _in, _out;
+    std::string _in, _out, _scale, _filter;
     std::vector<std::string> _inputs, _names;
 };
 
