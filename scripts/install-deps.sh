@@ -13,8 +13,8 @@ packages=(
     clang libclang-rt-14-dev
     # Independent references the tests check against.
     libglm-dev imagemagick gzip
-    # Peer of the image-scaling benchmark.
-    libvips-dev
+    # Peers of the benchmarks: image scaling, vertex unification, subdivision.
+    libvips-dev libmeshoptimizer-dev libosd-dev
 )
 
 missing=()
