@@ -12,7 +12,7 @@ packages=(
     # The fuzz preset: clang with its libFuzzer and sanitizer runtimes.
     clang libclang-rt-14-dev
     # Independent references the tests check against.
-    libglm-dev imagemagick gzip
+    libglm-dev imagemagick gzip glslang-tools
     # Peers of the benchmarks: image scaling, vertex unification, subdivision.
     libvips-dev libmeshoptimizer-dev libosd-dev
 )

@@ -22,17 +22,8 @@ void Action::FunctorStore::set(const FieldContainerType &type, const Functor &fu
 
 const Action::Functor *Action::FunctorStore::find(const FieldContainerType &type) const
 {
-    if(_functors.empty())
-        return NULL;
-    // Depth-capped so that a broken parent chain cannot loop.
-    const FieldContainerType *t = &type;
-    for(UInt32 depth = 0; t != NULL && depth < 256; ++depth, t = t->getParentType())
-    {
-        auto it = _functors.find(t->getId());
-        if(it != _functors.end())
-            return &it->second;
-    }
-    return NULL;
+    auto it = _functors.find(type.getId());
+    return it != _functors.end() ? &it->second : NULL;
 }
 
 /*---------------------------- Action ---------------------------------------*/

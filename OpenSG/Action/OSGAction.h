@@ -16,9 +16,12 @@ class FieldContainerType;
 typedef NodeCorePtr CNodePtr;
 
 /*! A traversal of a scene graph that calls, for every node, a functor chosen by the type of the
-    node's core: an enter functor before the children and a leave functor after them. A core type
-    without a functor of its own uses the one of its nearest ancestor type that has one; without
-    any the node simply continues.
+    node's core: an enter functor before the children and a leave functor after them. Functors
+    are found by the core's exact type id, as in OpenSG 1.x: nothing is inherited from parent
+    types, and a core type without a functor for an action class gets that class's default,
+    which continues (the node is treated as a plain group). Each core type therefore registers
+    its functors for every action class in its own initMethod; the plain Action has no core
+    functors of its own.
 
     Rules of apply(): null nodes, nodes whose travMask shares no bit with the action's and nodes
     whose occlusion mask has bit 0 set are passed over; a node without a core stops the traversal
@@ -91,7 +94,7 @@ class Action
     {
       public:
         void set(const FieldContainerType &type, const Functor &func);
-        /*! The functor of type or of its nearest ancestor that has one; NULL if none. */
+        /*! The functor registered for exactly this type; NULL if none. */
         const Functor *find(const FieldContainerType &type) const;
         bool empty(void) const { return _functors.empty(); }
 
@@ -123,8 +126,8 @@ class Action
     bool                 _useNodeList;
 };
 
-/*! A functor that calls method on the core, as Core::method(Action *). Cores of other types
-    continue without a call. */
+/*! A functor that calls method on the core, as Core::method(Action *); method may be one the
+    core type inherits. Cores of other types continue without a call. */
 template <class RetT, class CorePtrT, class NodePtrT, class ActionPtrT>
 Action::Functor osgTypedMethodFunctor2BaseCPtrRef(
     RetT (CorePtrT::StoredObjectType::*method)(ActionPtrT))

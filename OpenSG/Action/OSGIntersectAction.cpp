@@ -1,6 +1,4 @@
 #include <OpenSG/OSGIntersectAction.h>
-#include <OpenSG/OSGGroup.h>
-#include <OpenSG/OSGTransform.h>
 #include <OpenSG/OSGDynamicVolume.h>
 #include <OpenSG/OSGLog.h>
 
@@ -8,26 +6,17 @@ namespace osg {
 
 /*---------------------------- class defaults -------------------------------*/
 
-// Filled on first use rather than by static constructors: the core types must exist first, and
-// in a shared library the order of static construction across files is not defined.
+// Function-local: the core types fill them from their initMethods, which may run before any
+// static object of this file is constructed.
 Action::FunctorStore &IntersectAction::defaultEnterFunctors(void)
 {
-    static FunctorStore store = [] {
-        FunctorStore s;
-        s.set(Group::getClassType(), &IntersectAction::groupEnter);
-        s.set(Transform::getClassType(), &IntersectAction::transformEnter);
-        return s;
-    }();
+    static FunctorStore store;
     return store;
 }
 
 Action::FunctorStore &IntersectAction::defaultLeaveFunctors(void)
 {
-    static FunctorStore store = [] {
-        FunctorStore s;
-        s.set(Transform::getClassType(), &IntersectAction::transformLeave);
-        return s;
-    }();
+    static FunctorStore store;
     return store;
 }
 
@@ -130,63 +119,55 @@ Action::ResultE IntersectAction::start(void)
     return Continue;
 }
 
-/*---------------------------- core functors --------------------------------*/
+/*---------------------------- for the cores --------------------------------*/
 
-Action::ResultE IntersectAction::groupEnter(const NodeCorePtr &, Action *action)
+Action::ResultE IntersectAction::testVolume(void)
 {
-    IntersectAction *ia = dynamic_cast<IntersectAction *>(action);
-    if(ia == NULL)
+    NodePtr node = getActNode();
+    if(node == NullFC)
         return Continue;
-    const DynamicVolume &vol = ia->getActNode()->getVolume();
+    const DynamicVolume &vol = node->getVolume();
     if(!vol.isValid())
         return Continue;
     Real32 enter, leave;
-    if(!vol.intersect(ia->_line, enter, leave))
+    if(!vol.intersect(_line, enter, leave))
         return Skip;
-    return ia->setEnterLeave(enter, leave);
+    return setEnterLeave(enter, leave);
 }
 
-Action::ResultE IntersectAction::transformEnter(const NodeCorePtr &core, Action *action)
+Action::ResultE IntersectAction::enterTransform(const Matrix &matrix)
 {
-    IntersectAction *ia = dynamic_cast<IntersectAction *>(action);
-    if(ia == NULL)
-        return Continue;
-    ResultE res = groupEnter(core, action);
+    ResultE res = testVolume();
     if(res != Continue)
         return res;
 
-    TransformPtr xform = TransformPtr::dcast(core);
     Matrix inv;
-    // A flattening matrix leaves nothing below it to hit.
-    if(xform == NullFC || !xform->getMatrix().inverse(inv))
+    if(!matrix.inverse(inv))
         return Skip;
 
     Pnt3f pos;
     Vec3f dir;
-    inv.multFullMatrixPnt(ia->_line.getPosition(), pos);
-    inv.multMatrixVec(ia->_line.getDirection(), dir);
+    inv.multFullMatrixPnt(_line.getPosition(), pos);
+    inv.multMatrixVec(_line.getDirection(), dir);
     Real32 len = dir.length();
     if(len <= 0.f)
         return Skip;
 
-    ia->_frames.push_back(Frame{ ia->getActNode(), ia->_line, ia->_maxdist, len });
-    ia->setLine(Line(pos, dir), ia->_maxdist);
-    ia->scale(len);
+    _frames.push_back(Frame{ getActNode(), _line, _maxdist, len });
+    setLine(Line(pos, dir), _maxdist);
+    scale(len);
     return Continue;
 }
 
-Action::ResultE IntersectAction::transformLeave(const NodeCorePtr &, Action *action)
+Action::ResultE IntersectAction::leaveTransform(void)
 {
-    IntersectAction *ia = dynamic_cast<IntersectAction *>(action);
-    if(ia == NULL)
+    // Only the frame this node pushed: its enter functor may have skipped the push.
+    if(_frames.empty() || _frames.back().node != getActNode())
         return Continue;
-    // Only the frame this node pushed: a derived core may have an enter functor of its own.
-    if(ia->_frames.empty() || ia->_frames.back().node != ia->getActNode())
-        return Continue;
-    Frame frame = ia->_frames.back();
-    ia->_frames.pop_back();
-    ia->scale(1.f / frame.scale);
-    ia->setLine(frame.line, frame.maxdist);
+    Frame frame = _frames.back();
+    _frames.pop_back();
+    scale(1.f / frame.scale);
+    setLine(frame.line, frame.maxdist);
     return Continue;
 }
 

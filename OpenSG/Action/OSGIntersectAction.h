@@ -11,15 +11,18 @@ namespace osg {
 /*! Finds the nearest point where a line (a half-line) hits the drawables of a subtree, within a
     maximum distance.
 
-    Drawable cores register an enter functor that tests their primitives against getLine() and
-    reports each hit with setHit(); the nearest one in [0, getMaxDist()] is kept. A group skips
-    its subtree when its node has a valid volume that the line misses (or that lies beyond the
-    maximum distance or behind a nearer hit). A transform core maps the line into its children's
-    coordinates on entry (position by the full inverse matrix, direction by the inverse 3x3,
-    renormalised) and scales hit distance and maximum distance by the length of the mapped
-    direction, so distances are always in the units of the current coordinates; its leave
-    functor restores the outer line and units. Cores of other kinds with a transformation do the
-    same with setLine() and scale().
+    Every core type registers its own functors in its initMethod (found by exact type, see
+    Action); a core type that registers none is traversed as a plain group, without the volume
+    test. Drawable cores register an enter functor that tests their primitives against getLine()
+    and reports each hit with setHit(); the nearest one in [0, getMaxDist()] is kept, so hits
+    behind the line's start are dropped there. Group cores register Group::intersect, which
+    skips the subtree when the node has a valid volume that the line misses (or that lies beyond
+    the maximum distance or behind a nearer hit). Transform cores register
+    Transform::intersectEnter and intersectLeave, which call enterTransform() and
+    leaveTransform(): entering maps the line into the children's coordinates (position by the
+    full inverse matrix, direction by the inverse 3x3, renormalised) and scales hit distance and
+    maximum distance by the length of the mapped direction, so distances are always in the units
+    of the current coordinates; leaving restores the outer line and units.
 
     After apply(), getHitT() and getHitPoint() are in the coordinates of the line given to the
     action; getHitNormal() is the normal as the drawable reported it, in the hit object's own
@@ -38,7 +41,7 @@ class IntersectAction : public Action
     IntersectAction &operator=(const IntersectAction &source);
     ~IntersectAction(void) override;
 
-    /*! Defaults of this class for actions created later; Group and Transform have theirs. */
+    /*! Defaults of this class for actions created later, by exact core type. */
     static void registerEnterDefault(const FieldContainerType &type, const Functor &func);
     static void registerLeaveDefault(const FieldContainerType &type, const Functor &func);
 
@@ -75,6 +78,20 @@ class IntersectAction : public Action
         just changed the line's units. */
     void scale(Real32 s);
 
+    /*! The test of a group core's enter functor: Skip when the current node's volume is valid
+        and the line misses it, or meets it only beyond the maximum distance or behind the
+        nearest hit; else Continue. */
+    ResultE testVolume(void);
+
+    /*! The enter functor of a transform core with this matrix: testVolume(), then the line
+        mapped into the children's coordinates (see above). A singular matrix leaves nothing
+        below it to hit: Skip. */
+    ResultE enterTransform(const Matrix &matrix);
+
+    /*! The leave functor of a transform core: restores the line and units that
+        enterTransform() replaced for the current node (nothing if it did not). */
+    ResultE leaveTransform(void);
+
   protected:
     IntersectAction(void);
 
@@ -84,10 +101,6 @@ class IntersectAction : public Action
   private:
     static FunctorStore &defaultEnterFunctors(void);
     static FunctorStore &defaultLeaveFunctors(void);
-
-    static ResultE groupEnter    (const NodeCorePtr &core, Action *action);
-    static ResultE transformEnter(const NodeCorePtr &core, Action *action);
-    static ResultE transformLeave(const NodeCorePtr &core, Action *action);
 
     /*! The outer line of a transform that was entered, for its leave functor. */
     struct Frame

@@ -58,36 +58,40 @@ bool Line::intersect(const BoxVolume &box, Real32 &enter, Real32 &exit) const
         return false;
     if(box.isInfinite())
     {
-        enter = NegInf;
+        enter = 0.f;
         exit  = Inf;
         return true;
     }
 
-    // Slabs, in double so that grazing lines do not flip with float rounding.
-    Real64 lo = -1E300, hi = 1E300;
+    // Slabs, clipped to [0, Inf) from the start as OpenSG 1.x does; a direction component
+    // within Eps of zero counts as parallel to its slab.
+    const Pnt3f &lo = box.getMin(), &hi = box.getMax();
+    Real32 in = 0.f, out = Inf;
     for(UInt32 i = 0; i < 3; ++i)
     {
-        const Real64 p = _pos[i], d = _dir[i];
-        const Real64 bmin = box.getMin()[i], bmax = box.getMax()[i];
-        if(d == 0.0)
+        const Real32 d = _dir[i];
+        if(d > Eps || d < -Eps)
         {
-            if(p < bmin || p > bmax)
+            const Real32 r     = 1.f / d;
+            const Real32 first = ((d > 0.f ? lo[i] : hi[i]) - _pos[i]) * r;
+            const Real32 last  = ((d > 0.f ? hi[i] : lo[i]) - _pos[i]) * r;
+            if(last < out)
+                out = last;
+            if(first > in)
+                in = first;
+            // OpenSG 1.x gives up early after the second slab only; other misses are found
+            // at the end, after enter and exit have been written.
+            if(i == 1 && in - out >= Eps)
                 return false;
-            continue;
         }
-        Real64 t0 = (bmin - p) / d, t1 = (bmax - p) / d;
-        if(t0 > t1)
-            std::swap(t0, t1);
-        lo = std::max(lo, t0);
-        hi = std::min(hi, t1);
-        if(lo > hi)
+        else if(_pos[i] < lo[i] || _pos[i] > hi[i])
+        {
             return false;
+        }
     }
-    if(hi < 0.0)
-        return false;
-    enter = Real32(std::max(lo, Real64(NegInf)));
-    exit  = Real32(std::min(hi, Real64(Inf)));
-    return true;
+    enter = in;
+    exit  = out;
+    return in - out < Eps;
 }
 
 bool Line::intersect(const SphereVolume &sphere) const
@@ -181,8 +185,6 @@ bool Line::intersect(const Pnt3f &v0, const Pnt3f &v1, const Pnt3f &v2, Real32 &
     if(bv < 0.0 || bu + bv > 1.0)
         return false;
     const Real64 bt = dot(e2, q) * inv;
-    if(bt < 0.0)
-        return false;
 
     t = Real32(bt);
     u = Real32(bu);

@@ -4,8 +4,10 @@
 #include <OpenSG/OSGVector.h>
 #include <OpenSG/OSGQuaternion.h>
 
+#include <cstdlib>
 #include <iomanip>
 #include <ostream>
+#include <string>
 #include <type_traits>
 
 namespace osg {
@@ -13,10 +15,20 @@ namespace osg {
 namespace detail {
 
 /*! Splits the 3x3 a (a[c][r], column c, row r) into a = rot * scaleRot * diag(scale) *
-    scaleRot^T with rot and scaleRot proper rotations. A negative determinant is carried by the
-    scale (all three negated). Computed as a singular value decomposition, without reordering or
-    canonicalising the factors. */
-void decomposeAffine3(const Real64 a[3][3], Real64 rot[3][3], Real64 scale[3], Real64 scaleRot[3][3]);
+    scaleRot^T with rot and scaleRot proper rotations, the way OpenSG 1.x's getTransform does,
+    in the precision of T:
+    - a polar decomposition a = Q S (scaled Newton iteration on Q, relative tolerance 1e-6), Q
+      orthogonal and S symmetric; when det Q < 0, Q is negated and so are all three scale factors;
+    - a spectral decomposition of S by cyclic Jacobi rotations starting from the identity, the
+      axes visited in the order (0,1), (2,0), (1,2) and without the reordering ("snuggling") of
+      the axes that would make the answer canonical: the scale factors come back in the order
+      the rotations leave them on the diagonal, so a scale set along a turned orientation may
+      come back permuted, with another scale orientation, describing the same matrix.
+    A singular 3x3 (zero scale along some axis) has no polar decomposition: rot is then the
+    identity and the scale and its orientation come from the symmetric part of a (exact for a
+    pure scale). OpenSG 1.x gives a quaternion that is not of unit length there. */
+template <class T>
+void decomposeAffine3(const T a[3][3], T rot[3][3], T scale[3], T scaleRot[3][3]);
 
 /*! Unit quaternion (x, y, z, w) of the rotation m (m[c][r]); the trace method, normalised. */
 void rotationToQuat(const Real64 m[3][3], Real64 q[4]);
@@ -63,17 +75,18 @@ class TransformationMatrix
 
     TransformationMatrix(void) { setIdentity(); }
 
-    /*! Three columns (their w 0), fourth column (0, 0, 0, 1). */
+    /*! Three columns; everything else is 0, m[3][3] included (as in OpenSG 1.x: the result is
+        not an affine matrix until m[3][3] is set). */
     TransformationMatrix(const VectorType3f &c0, const VectorType3f &c1, const VectorType3f &c2)
+        : _matrix{}
     {
-        setIdentity();
         setValue(c0, c1, c2);
     }
-    /*! Four columns (w 0, 0, 0, 1). */
+    /*! Four columns; the bottom row is 0, m[3][3] included (as in OpenSG 1.x). */
     TransformationMatrix(const VectorType3f &c0, const VectorType3f &c1, const VectorType3f &c2,
                          const VectorType3f &c3)
+        : _matrix{}
     {
-        setIdentity();
         setValue(c0, c1, c2, c3);
     }
     TransformationMatrix(const VectorType &c0, const VectorType &c1, const VectorType &c2,
@@ -178,6 +191,12 @@ class TransformationMatrix
             _matrix[c] = pMat[c];
     }
 
+    /*! 16 numbers separated by blanks, tabs, newlines or commas, column by column unless
+        bTransposed is false (then row by row). Missing numbers are 0, unreadable ones read as
+        much of a number as they start with (else 0), numbers beyond the 16th are ignored. A null
+        or empty string gives the identity. */
+    void setValue(const Char8 *str, bool bTransposed = true);
+
     /*---------------------------- get ------------------------------------*/
 
     /*! The 16 values column by column. */
@@ -244,12 +263,14 @@ class TransformationMatrix
     void setTransform(const VectorType3f &t, const QuaternionType &r, const VectorType3f &s,
                       const QuaternionType &so, const VectorType3f &c);
 
-    /*! Inverse of the four-argument setTransform for an affine matrix. so and s come back in the
-        decomposition's own order, so they may be permuted or sign-flipped relative to what was
-        set, but setTransform(t, r, s, so) rebuilds the matrix. */
+    /*! Inverse of the four-argument setTransform for an affine matrix, decomposed as OpenSG 1.x
+        does (see detail::decomposeAffine3): t is column 3; a mirror makes all three scale
+        factors negative; so and s come back in the decomposition's own order, so they may be
+        permuted relative to what was set, but setTransform(t, r, s, so) rebuilds the matrix. */
     void getTransform(VectorType3f &t, QuaternionType &r, VectorType3f &s, QuaternionType &so) const;
 
-    /*! Inverse of the five-argument setTransform for the given centre. */
+    /*! Inverse of the five-argument setTransform for the given centre: the four-argument
+        decomposition of T(-c) M T(c). */
     void getTransform(VectorType3f &t, QuaternionType &r, VectorType3f &s, QuaternionType &so,
                       const VectorType3f &c) const;
 
@@ -298,9 +319,28 @@ class TransformationMatrix
 
     void mult    (const PointType3f  &in, PointType3f  &out) const { multMatrixPnt(in, out);     }
     void mult    (const VectorType3f &in, VectorType3f &out) const { multMatrixVec(in, out);     }
+    /*! Full 4x4. */
     void mult    (const PointType    &in, PointType    &out) const { multMatrixPnt(in, out);     }
-    void mult    (const VectorType   &in, VectorType   &out) const { multMatrixVec(in, out);     }
-    void multFull(const PointType3f  &in, PointType3f  &out) const { multFullMatrixPnt(in, out); }
+    /*! A direction: x, y, z through the upper 3x3 only (no translation), w through the whole
+        bottom row (so w' = m[3][3] w for an affine matrix). Unlike multMatrixVec(Vec4f). */
+    void mult(const VectorType &in, VectorType &out) const
+    {
+        const ValueTypeT x = in[0], y = in[1], z = in[2], w = in[3];
+        out.setValues(_matrix[0][0] * x + _matrix[1][0] * y + _matrix[2][0] * z,
+                      _matrix[0][1] * x + _matrix[1][1] * y + _matrix[2][1] * z,
+                      _matrix[0][2] * x + _matrix[1][2] * y + _matrix[2][2] * z,
+                      _matrix[0][3] * x + _matrix[1][3] * y + _matrix[2][3] * z + _matrix[3][3] * w);
+    }
+    /*! Projective: divides by the resulting w; w = 0 gives the undivided affine result (where
+        multFullMatrixPnt gives the origin). */
+    void multFull(const PointType3f &in, PointType3f &out) const
+    {
+        const ValueTypeT w = _matrix[0][3] * in[0] + _matrix[1][3] * in[1] + _matrix[2][3] * in[2] +
+                             _matrix[3][3];
+        multMatrixPnt(in, out);
+        if(w != ValueTypeT(0))
+            out *= ValueTypeT(1) / w;
+    }
 
     /*! The point through the upper 3x3 only (no translation). */
     void mult3x3(const PointType3f &in, PointType3f &out) const
@@ -356,40 +396,39 @@ class TransformationMatrix
     bool invert(void) { return inverse(*this); }
     bool invertFrom(const TransformationMatrix &m) { return m.inverse(*this); }
 
-    /*! Inverts the upper 3x3 into result, whose other entries become those of the identity. A
-        3x3 with |det| < 1E-30 makes result the identity and returns false. */
+    /*! Inverts the upper 3x3 into result's upper 3x3 and sets result's column 3 to (0, 0, 0, 1);
+        result's bottom row left of it is not written (as in OpenSG 1.x). A 3x3 with
+        |det3| < 1E-20 makes result the identity and returns false. */
     bool inverse3(TransformationMatrix &result) const
     {
-        const TransformationMatrix &m = *this;
-        Real64 a[3][3];
-        for(UInt32 c = 0; c < 3; ++c)
-            for(UInt32 r = 0; r < 3; ++r)
-                a[c][r] = m[c][r];
-        Real64 d = a[0][0] * (a[1][1] * a[2][2] - a[2][1] * a[1][2]) -
-                   a[1][0] * (a[0][1] * a[2][2] - a[2][1] * a[0][2]) +
-                   a[2][0] * (a[0][1] * a[1][2] - a[1][1] * a[0][2]);
-        if(std::fabs(d) < 1E-30)
+        Real64 i[3][3];
+        if(!inverse3x3(i))
         {
             result.setIdentity();
             return false;
         }
-        Real64 i[3][3];
-        i[0][0] =  (a[1][1] * a[2][2] - a[2][1] * a[1][2]) / d;
-        i[0][1] = -(a[0][1] * a[2][2] - a[2][1] * a[0][2]) / d;
-        i[0][2] =  (a[0][1] * a[1][2] - a[1][1] * a[0][2]) / d;
-        i[1][0] = -(a[1][0] * a[2][2] - a[2][0] * a[1][2]) / d;
-        i[1][1] =  (a[0][0] * a[2][2] - a[2][0] * a[0][2]) / d;
-        i[1][2] = -(a[0][0] * a[1][2] - a[1][0] * a[0][2]) / d;
-        i[2][0] =  (a[1][0] * a[2][1] - a[2][0] * a[1][1]) / d;
-        i[2][1] = -(a[0][0] * a[2][1] - a[2][0] * a[0][1]) / d;
-        i[2][2] =  (a[0][0] * a[1][1] - a[1][0] * a[0][1]) / d;
-        result.setIdentity();
         for(UInt32 c = 0; c < 3; ++c)
             for(UInt32 r = 0; r < 3; ++r)
                 result._matrix[c][r] = ValueTypeT(i[c][r]);
+        result._matrix[3].setValues(ValueTypeT(0), ValueTypeT(0), ValueTypeT(0), ValueTypeT(1));
         return true;
     }
-    bool invert3(void) { return inverse3(*this); }
+    /*! This becomes the inverse of its 3x3 with column 3 (0, 0, 0, 1) and the rest of the
+        bottom row 0. A singular 3x3 (|det3| < 1E-20) leaves this unchanged and returns false:
+        OpenSG 1.x's behaviour, unlike inverse3 and invertFrom3, which give the identity. */
+    bool invert3(void)
+    {
+        Real64 i[3][3];
+        if(!inverse3x3(i))
+            return false;
+        setIdentity();
+        for(UInt32 c = 0; c < 3; ++c)
+            for(UInt32 r = 0; r < 3; ++r)
+                _matrix[c][r] = ValueTypeT(i[c][r]);
+        return true;
+    }
+    /*! This becomes the inverse of m's 3x3 with column 3 (0, 0, 0, 1); the rest of this
+        matrix's bottom row is kept. A singular 3x3 makes this the identity and returns false. */
     bool invertFrom3(const TransformationMatrix &m) { return m.inverse3(*this); }
 
     bool transposed(TransformationMatrix &result) const
@@ -440,30 +479,33 @@ class TransformationMatrix
             _matrix[c].negate();
     }
 
-    /*! Largest absolute column sum. */
+    // The norms are OpenSG 1.x's entrywise ones, not the induced matrix norms of the textbooks.
+
+    /*! The sum of the absolute values of all 16 entries. */
     ValueTypeT norm1(void) const
     {
         ValueTypeT n = 0;
         for(UInt32 c = 0; c < 4; ++c)
-        {
-            ValueTypeT s = 0;
             for(UInt32 r = 0; r < 4; ++r)
-                s += osgabs(_matrix[c][r]);
-            n = osgMax(n, s);
-        }
+                n += osgabs(_matrix[c][r]);
         return n;
     }
-    /*! Largest absolute row sum. */
+    /*! The square root of the sum of the squares of all 16 entries. */
+    ValueTypeT norm2(void) const
+    {
+        ValueTypeT n = 0;
+        for(UInt32 c = 0; c < 4; ++c)
+            for(UInt32 r = 0; r < 4; ++r)
+                n += _matrix[c][r] * _matrix[c][r];
+        return osgsqrt(n);
+    }
+    /*! The largest absolute value of the 16 entries. */
     ValueTypeT normInfinity(void) const
     {
         ValueTypeT n = 0;
-        for(UInt32 r = 0; r < 4; ++r)
-        {
-            ValueTypeT s = 0;
-            for(UInt32 c = 0; c < 4; ++c)
-                s += osgabs(_matrix[c][r]);
-            n = osgMax(n, s);
-        }
+        for(UInt32 c = 0; c < 4; ++c)
+            for(UInt32 r = 0; r < 4; ++r)
+                n = osgMax(n, ValueTypeT(osgabs(_matrix[c][r])));
         return n;
     }
 
@@ -478,6 +520,30 @@ class TransformationMatrix
             for(UInt32 row = 0; row < 4; ++row)
                 r._matrix[c][row] = a._matrix[0][row] * b._matrix[c][0] + a._matrix[1][row] * b._matrix[c][1] +
                                     a._matrix[2][row] * b._matrix[c][2] + a._matrix[3][row] * b._matrix[c][3];
+    }
+
+    /*! inv[c][r] = inverse of the upper 3x3, in double; false when |det3| < 1E-20. */
+    bool inverse3x3(Real64 i[3][3]) const
+    {
+        Real64 a[3][3];
+        for(UInt32 c = 0; c < 3; ++c)
+            for(UInt32 r = 0; r < 3; ++r)
+                a[c][r] = _matrix[c][r];
+        const Real64 d = a[0][0] * (a[1][1] * a[2][2] - a[2][1] * a[1][2]) -
+                         a[1][0] * (a[0][1] * a[2][2] - a[2][1] * a[0][2]) +
+                         a[2][0] * (a[0][1] * a[1][2] - a[1][1] * a[0][2]);
+        if(!(std::fabs(d) >= 1E-20))
+            return false;
+        i[0][0] =  (a[1][1] * a[2][2] - a[2][1] * a[1][2]) / d;
+        i[0][1] = -(a[0][1] * a[2][2] - a[2][1] * a[0][2]) / d;
+        i[0][2] =  (a[0][1] * a[1][2] - a[1][1] * a[0][2]) / d;
+        i[1][0] = -(a[1][0] * a[2][2] - a[2][0] * a[1][2]) / d;
+        i[1][1] =  (a[0][0] * a[2][2] - a[2][0] * a[0][2]) / d;
+        i[1][2] = -(a[0][0] * a[1][2] - a[1][0] * a[0][2]) / d;
+        i[2][0] =  (a[1][0] * a[2][1] - a[2][0] * a[1][1]) / d;
+        i[2][1] = -(a[0][0] * a[2][1] - a[2][0] * a[0][1]) / d;
+        i[2][2] =  (a[0][0] * a[1][1] - a[1][0] * a[0][1]) / d;
+        return true;
     }
 
     void mult4(const ValueTypeT *src, ValueTypeT *dst) const
@@ -583,19 +649,24 @@ template <class ValueTypeT>
 void TransformationMatrix<ValueTypeT>::getTransform(VectorType3f &t, QuaternionType &r, VectorType3f &s,
                                                     QuaternionType &so) const
 {
-    Real64 a[3][3], rm[3][3], sv[3], som[3][3], q[4];
+    ValueTypeT a[3][3], rm[3][3], sv[3], som[3][3];
     for(UInt32 col = 0; col < 3; ++col)
         for(UInt32 row = 0; row < 3; ++row)
             a[col][row] = _matrix[col][row];
 
     detail::decomposeAffine3(a, rm, sv, som);
 
+    TransformationMatrix q;
     t.setValues(_matrix[3][0], _matrix[3][1], _matrix[3][2]);
-    s.setValues(ValueTypeT(sv[0]), ValueTypeT(sv[1]), ValueTypeT(sv[2]));
-    detail::rotationToQuat(rm, q);
-    r.setValueAsQuat(ValueTypeT(q[0]), ValueTypeT(q[1]), ValueTypeT(q[2]), ValueTypeT(q[3]));
-    detail::rotationToQuat(som, q);
-    so.setValueAsQuat(ValueTypeT(q[0]), ValueTypeT(q[1]), ValueTypeT(q[2]), ValueTypeT(q[3]));
+    s.setValues(sv[0], sv[1], sv[2]);
+    for(UInt32 col = 0; col < 3; ++col)
+        for(UInt32 row = 0; row < 3; ++row)
+            q[col][row] = rm[col][row];
+    r.setValue(q);
+    for(UInt32 col = 0; col < 3; ++col)
+        for(UInt32 row = 0; row < 3; ++row)
+            q[col][row] = som[col][row];
+    so.setValue(q);
 }
 
 template <class ValueTypeT>
@@ -612,6 +683,185 @@ void TransformationMatrix<ValueTypeT>::getTransform(VectorType3f &t, QuaternionT
     }
     m.getTransform(t, r, s, so);
 }
+
+template <class ValueTypeT>
+void TransformationMatrix<ValueTypeT>::setValue(const Char8 *str, bool bTransposed)
+{
+    if(str == NULL || *str == '\0')
+    {
+        setIdentity();
+        return;
+    }
+    ValueTypeT v[16] = {};
+    UInt32     n = 0;
+    for(const Char8 *p = str; *p != '\0' && n < 16;)
+    {
+        if(*p == ' ' || *p == '\t' || *p == '\n' || *p == ',')
+        {
+            ++p;
+            continue;
+        }
+        const Char8 *end = p;
+        while(*end != '\0' && *end != ' ' && *end != '\t' && *end != '\n' && *end != ',')
+            ++end;
+        v[n++] = ValueTypeT(std::strtod(std::string(p, end).c_str(), NULL));
+        p = end;
+    }
+    if(bTransposed)
+        setValueTransposed(v[0], v[1], v[2], v[3], v[4], v[5], v[6], v[7],
+                           v[8], v[9], v[10], v[11], v[12], v[13], v[14], v[15]);
+    else
+        setValue(v[0], v[1], v[2], v[3], v[4], v[5], v[6], v[7],
+                 v[8], v[9], v[10], v[11], v[12], v[13], v[14], v[15]);
+}
+
+namespace detail {
+
+template <class T>
+void decomposeAffine3(const T a[3][3], T rot[3][3], T scale[3], T scaleRot[3][3])
+{
+    // All matrices here [c][r].
+    auto cofactors = [](const T m[3][3], T c[3][3]) {
+        for(UInt32 i = 0; i < 3; ++i)
+            for(UInt32 j = 0; j < 3; ++j)
+            {
+                const UInt32 i1 = (i + 1) % 3, i2 = (i + 2) % 3, j1 = (j + 1) % 3, j2 = (j + 2) % 3;
+                c[i][j] = m[i1][j1] * m[i2][j2] - m[i1][j2] * m[i2][j1];
+            }
+    };
+    auto colNorm = [](const T m[3][3]) {       // largest absolute column sum
+        T n = 0;
+        for(UInt32 c = 0; c < 3; ++c)
+            n = osgMax(n, T(osgabs(m[c][0]) + osgabs(m[c][1]) + osgabs(m[c][2])));
+        return n;
+    };
+    auto rowNorm = [](const T m[3][3]) {       // largest absolute row sum
+        T n = 0;
+        for(UInt32 r = 0; r < 3; ++r)
+            n = osgMax(n, T(osgabs(m[0][r]) + osgabs(m[1][r]) + osgabs(m[2][r])));
+        return n;
+    };
+
+    // Polar decomposition a = Q S: Newton's iteration X <- (g X + X^-T / g) / 2, scaled by g
+    // so that it converges in a few steps; X^-T is the cofactor matrix over the determinant.
+    T x[3][3], cof[3][3], sym[3][3];
+    for(UInt32 c = 0; c < 3; ++c)
+        for(UInt32 r = 0; r < 3; ++r)
+            x[c][r] = a[c][r];
+    T    det      = 0;
+    bool singular = false;
+    T    xOne = colNorm(x), xInf = rowNorm(x);
+    for(UInt32 iter = 0; iter < 64; ++iter)
+    {
+        cofactors(x, cof);
+        det = x[0][0] * cof[0][0] + x[0][1] * cof[0][1] + x[0][2] * cof[0][2];
+        if(det == T(0))
+        {
+            singular = true;
+            break;
+        }
+        const T gamma = T(std::sqrt(std::sqrt((colNorm(cof) * rowNorm(cof)) / (xOne * xInf)) /
+                                    osgabs(det)));
+        if(!std::isfinite(gamma) || gamma == T(0))
+        {
+            singular = true;
+            break;
+        }
+        const T g1 = T(0.5) * gamma, g2 = T(0.5) / (gamma * det);
+        T       diff[3][3];
+        for(UInt32 c = 0; c < 3; ++c)
+            for(UInt32 r = 0; r < 3; ++r)
+            {
+                const T next = g1 * x[c][r] + g2 * cof[c][r];
+                diff[c][r]   = x[c][r] - next;
+                x[c][r]      = next;
+            }
+        xOne = colNorm(x);
+        xInf = rowNorm(x);
+        if(!(colNorm(diff) > xOne * T(1e-6)))
+            break;
+    }
+
+    T flip = 1;
+    if(singular)
+    {
+        for(UInt32 c = 0; c < 3; ++c)
+            for(UInt32 r = 0; r < 3; ++r)
+            {
+                rot[c][r] = T(c == r ? 1 : 0);
+                sym[c][r] = T(0.5) * (a[c][r] + a[r][c]);
+            }
+    }
+    else
+    {
+        // S = Q^T a, made exactly symmetric.
+        T qa[3][3];
+        for(UInt32 c = 0; c < 3; ++c)
+            for(UInt32 r = 0; r < 3; ++r)
+                qa[c][r] = x[r][0] * a[c][0] + x[r][1] * a[c][1] + x[r][2] * a[c][2];
+        for(UInt32 c = 0; c < 3; ++c)
+            for(UInt32 r = 0; r < 3; ++r)
+                sym[c][r] = T(0.5) * (qa[c][r] + qa[r][c]);
+        // A mirror: -Q is a rotation, and the scale takes the sign.
+        if(det < T(0))
+            flip = -1;
+        for(UInt32 c = 0; c < 3; ++c)
+            for(UInt32 r = 0; r < 3; ++r)
+                rot[c][r] = flip * x[c][r];
+    }
+
+    // Spectral decomposition S = V diag V^T by Jacobi rotations in the planes (p, q) =
+    // (0, 1), (2, 0), (1, 2); off[i] is the entry of the plane that leaves out axis i.
+    static const UInt32 next[3] = { 1, 2, 0 };
+    T d[3]   = { sym[0][0], sym[1][1], sym[2][2] };
+    T off[3] = { sym[1][2], sym[2][0], sym[0][1] };
+    for(UInt32 c = 0; c < 3; ++c)
+        for(UInt32 r = 0; r < 3; ++r)
+            scaleRot[c][r] = T(c == r ? 1 : 0);
+    for(UInt32 sweep = 0; sweep < 20; ++sweep)
+    {
+        if(osgabs(off[0]) + osgabs(off[1]) + osgabs(off[2]) == T(0))
+            break;
+        for(Int32 i = 2; i >= 0; --i)
+        {
+            const UInt32 p = next[i], q = next[p];
+            const T      absOff = osgabs(off[i]);
+            if(!(absOff > T(0)))
+                continue;
+            // t = tan of the rotation angle, the smaller root; for a negligible off-diagonal
+            // entry against the diagonal gap its first-order value.
+            const T h = d[q] - d[p], absH = osgabs(h);
+            T       t;
+            if(absH + T(100) * absOff == absH)
+                t = off[i] / h;
+            else
+            {
+                const T theta = T(0.5) * h / off[i];
+                t = T(1) / (osgabs(theta) + T(std::sqrt(theta * theta + T(1))));
+                if(theta < T(0))
+                    t = -t;
+            }
+            const T cs = T(1) / T(std::sqrt(t * t + T(1))), sn = t * cs, tau = sn / (cs + T(1));
+            const T shift = t * off[i];
+            off[i] = 0;
+            d[p] -= shift;
+            d[q] += shift;
+            const T offQ = off[q];
+            off[q] -= sn * (off[p] + tau * off[q]);
+            off[p] += sn * (offQ - tau * off[p]);
+            for(UInt32 r = 0; r < 3; ++r)
+            {
+                const T vp = scaleRot[p][r], vq = scaleRot[q][r];
+                scaleRot[p][r] = vp - sn * (vq + tau * vp);
+                scaleRot[q][r] = vq + sn * (vp - tau * vq);
+            }
+        }
+    }
+    for(UInt32 i = 0; i < 3; ++i)
+        scale[i] = flip * d[i];
+}
+
+} // namespace detail
 
 /*! Four rows. */
 template <class ValueTypeT>
@@ -636,10 +886,21 @@ inline std::ostream &operator<<(std::ostream &os, const TransformationMatrix<Val
 template <class ValueTypeT>
 void QuaternionBase<ValueTypeT>::setValue(const MatrixType &matrix)
 {
-    Real64 m[3][3], q[4];
+    Real64 m[3][3], q[4], largest = 0;
     for(UInt32 c = 0; c < 3; ++c)
         for(UInt32 r = 0; r < 3; ++r)
+        {
             m[c][r] = matrix[c][r];
+            largest = std::fmax(largest, std::fabs(m[c][r]));
+        }
+    const Real64 det = m[0][0] * (m[1][1] * m[2][2] - m[2][1] * m[1][2]) -
+                       m[1][0] * (m[0][1] * m[2][2] - m[2][1] * m[0][2]) +
+                       m[2][0] * (m[0][1] * m[1][2] - m[1][1] * m[0][2]);
+    if(!(std::fabs(det) > Eps * largest * largest * largest))
+    {
+        setIdentity();
+        return;
+    }
     detail::rotationToQuat(m, q);
     setValueAsQuat(ValueTypeT(q[0]), ValueTypeT(q[1]), ValueTypeT(q[2]), ValueTypeT(q[3]));
 }

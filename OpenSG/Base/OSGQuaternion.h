@@ -104,7 +104,9 @@ class QuaternionBase
             setValueAsQuat(valsP[0], valsP[1], valsP[2], valsP[3]);
     }
 
-    /*! The rotation of the matrix' upper 3x3 (which should be orthonormal), normalised. */
+    /*! The rotation of the matrix' upper 3x3 (which should be orthonormal), normalised.
+        Deliberately unlike OpenSG 1.x, a singular 3x3 (zero scale along some axis) gives the
+        identity rather than a quaternion that is not of unit length. */
     void setValue(const MatrixType &matrix);
 
     /*! Euler angles in radians: rotation about X first, then Y, then Z (q = qz * qy * qx). */
@@ -119,38 +121,43 @@ class QuaternionBase
                        ValueTypeT(cx * cy * cz + sx * sy * sz));
     }
 
+    /*! The rotation taking direction from to direction to, as OpenSG 1.x computes it: the
+        directions are normalised, a cosine above 0.99999 counts as parallel (identity) and one
+        below -0.99999 as opposite, which gives a half turn about from x (1, 0, 0), or about
+        from x (0, 1, 0) when that cross product is shorter than 1e-5. Otherwise the axis is
+        from x to and the angle the one between them.
+        Deliberately unlike OpenSG 1.x, a direction shorter than Eps gives the identity (there it
+        gives a quaternion that is not of unit length). */
     void setValue(const VectorType &from, const VectorType &to)
     {
-        Vector<Real64, 3> f(from), t(to);
-        Real64 lf = f.length(), lt = t.length();
-        if(lf < Eps || lt < Eps)
+        VectorType f(from), t(to);
+        if(f.length() < ValueTypeT(Eps) || t.length() < ValueTypeT(Eps))
         {
             setIdentity();
             return;
         }
-        f /= lf;
-        t /= lt;
-        Real64 d = f.dot(t);
-        if(d >= 1.0 - 1e-12)
+        f.normalize();
+        t.normalize();
+        const ValueTypeT cosine = f.dot(t);
+        if(cosine > ValueTypeT(0.99999))
         {
             setIdentity();
             return;
         }
-        Vector<Real64, 3> axis;
-        if(d <= -1.0 + 1e-12)
+        if(cosine < ValueTypeT(-0.99999))
         {
-            // Half turn about any axis perpendicular to from.
-            axis = f.cross(std::fabs(f[0]) < 0.9 ? Vector<Real64, 3>(1, 0, 0) : Vector<Real64, 3>(0, 1, 0));
+            VectorType axis = f.cross(VectorType(1, 0, 0));
+            if(axis.length() < ValueTypeT(0.00001))
+                axis = f.cross(VectorType(0, 1, 0));
             axis.normalize();
-            setValueAsQuat(ValueTypeT(axis[0]), ValueTypeT(axis[1]), ValueTypeT(axis[2]), ValueTypeT(0));
+            setValueAsAxisRad(axis, ValueTypeT(Pi));
             return;
         }
-        axis = f.cross(t);
-        // Half-angle form: q = (f x t, 1 + f.t), normalised.
-        Real64 w   = 1.0 + d;
-        Real64 len = std::sqrt(axis.squareLength() + w * w);
-        setValueAsQuat(ValueTypeT(axis[0] / len), ValueTypeT(axis[1] / len), ValueTypeT(axis[2] / len),
-                       ValueTypeT(w / len));
+        // Half-angle form: sin and cos of half the angle from its cosine.
+        VectorType axis = from.cross(to);
+        axis.normalize();
+        axis *= ValueTypeT(std::sqrt(0.5 * (1.0 - Real64(cosine))));
+        setValueAsQuat(axis[0], axis[1], axis[2], ValueTypeT(std::sqrt(0.5 * (1.0 + Real64(cosine)))));
     }
 
     /*---------------------------- get ------------------------------------*/
@@ -258,14 +265,20 @@ class QuaternionBase
         normalize();
     }
 
-    /*! dst = R(this) src. */
+    /*! dst = q src q* with q = this, not normalised first: a unit quaternion rotates src, a
+        longer one also scales it by its square length, as in OpenSG 1.x. */
     void multVec(const VectorType &src, VectorType &dst) const
     {
-        // v' = v + 2w (u x v) + 2 u x (u x v) for the unit quaternion (u, w).
-        VectorType u(_quat[0], _quat[1], _quat[2]);
-        VectorType uv  = u.cross(src);
-        VectorType uuv = u.cross(uv);
-        dst = src + uv * ValueTypeT(2 * _quat[3]) + uuv * ValueTypeT(2);
+        // q v q* = (w^2 - u.u) v + 2 (u.v) u + 2 w (u x v) for q = (u, w).
+        const VectorType u(_quat[0], _quat[1], _quat[2]);
+        const ValueTypeT w  = _quat[3];
+        const ValueTypeT uv = u.dot(src);
+        const VectorType c  = u.cross(src);
+        const ValueTypeT k  = w * w - u.dot(u);
+        VectorType       r;
+        for(UInt32 i = 0; i < 3; ++i)
+            r[i] = k * src[i] + 2 * uv * u[i] + 2 * w * c[i];
+        dst = r;
     }
 
     /*! Multiplies the rotation angle by scaleFactor, keeping the axis. */

@@ -9,44 +9,6 @@
 
 namespace osg {
 
-namespace {
-
-/*! The largest singular value of m's upper 3x3: how far the matrix can stretch a unit vector. */
-Real64 largestStretch(const Matrix &m)
-{
-    // Largest eigenvalue of B = A^T A, closed form for symmetric 3x3 matrices.
-    Real64 b[3][3];
-    for(UInt32 i = 0; i < 3; ++i)
-        for(UInt32 j = 0; j < 3; ++j)
-            b[i][j] = Real64(m[i][0]) * m[j][0] + Real64(m[i][1]) * m[j][1] + Real64(m[i][2]) * m[j][2];
-
-    Real64 p1 = b[0][1] * b[0][1] + b[0][2] * b[0][2] + b[1][2] * b[1][2];
-    Real64 lambda;
-    if(p1 == 0)
-    {
-        lambda = std::fmax(b[0][0], std::fmax(b[1][1], b[2][2]));
-    }
-    else
-    {
-        Real64 q  = (b[0][0] + b[1][1] + b[2][2]) / 3;
-        Real64 p2 = (b[0][0] - q) * (b[0][0] - q) + (b[1][1] - q) * (b[1][1] - q) +
-                    (b[2][2] - q) * (b[2][2] - q) + 2 * p1;
-        Real64 p  = std::sqrt(p2 / 6);
-        Real64 c[3][3];
-        for(UInt32 i = 0; i < 3; ++i)
-            for(UInt32 j = 0; j < 3; ++j)
-                c[i][j] = (b[i][j] - (i == j ? q : 0)) / p;
-        Real64 r = (c[0][0] * (c[1][1] * c[2][2] - c[1][2] * c[2][1]) -
-                    c[0][1] * (c[1][0] * c[2][2] - c[1][2] * c[2][0]) +
-                    c[0][2] * (c[1][0] * c[2][1] - c[1][1] * c[2][0])) / 2;
-        r = r < -1 ? -1 : (r > 1 ? 1 : r);
-        lambda = q + 2 * p * std::cos(std::acos(r) / 3);
-    }
-    return std::sqrt(std::fmax(lambda, 0.0));
-}
-
-} // namespace
-
 SphereVolume::SphereVolume(const Pnt3f &c, Real32 r) : Volume(), _center(c), _radius(r)
 {
     setEmpty(false);
@@ -109,13 +71,10 @@ void SphereVolume::extendBy(const Pnt3f &pt)
         setValue(pt, 0.f);
         return;
     }
-    Vec3f  d    = pt - _center;
-    Real32 dist = d.length();
-    if(dist <= _radius)
-        return;
-    Real32 newRadius = (_radius + dist) * 0.5f;
-    _center += d * ((newRadius - _radius) / dist);
-    _radius  = newRadius;
+    // The centre stays; only the radius grows (not the smallest enclosing sphere).
+    Real32 dist = (pt - _center).length();
+    if(dist > _radius)
+        _radius = dist;
 }
 
 void SphereVolume::extendBy(const SphereVolume &sphere)
@@ -229,8 +188,12 @@ void SphereVolume::transform(const Matrix &m)
 {
     if(isEmpty() || isInfinite())
         return;
+    // The image of the radius along y: exact for rotations and uniform scales; under a
+    // non-uniform scale the result is a sphere only for the y axis (as in OpenSG 1.x).
+    Vec3f up(0.f, _radius, 0.f);
+    m.multMatrixVec(up, up);
     m.multMatrixPnt(_center);
-    _radius = Real32(_radius * largestStretch(m));
+    _radius = up.length();
 }
 
 void SphereVolume::dump(UInt32 uiIndent, const BitVector) const

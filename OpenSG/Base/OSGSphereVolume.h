@@ -29,7 +29,8 @@ class SphereVolume : public Volume
     Real32 getScalarVolume(void)                   const override;
     void   getBounds      (Pnt3f &min, Pnt3f &max) const override;
 
-    /*! Grows to the smallest sphere holding the old one and the point. */
+    /*! Keeps the centre and grows the radius to reach the point (as OpenSG 1.x); from empty the
+        sphere becomes the point. */
     void extendBy(const Pnt3f        &pt)     override;
     void extendBy(const Volume       &volume) override;
     void extendBy(const SphereVolume &sphere);
@@ -41,8 +42,10 @@ class SphereVolume : public Volume
     bool intersect  (const Line         &line)   const override;
     bool intersect  (const Line         &line, Real32 &enter, Real32 &exit) const override;
 
-    /*! Moves the centre and scales the radius by the largest stretch of the matrix' 3x3, so the
-        result holds the transformed sphere; empty and infinite spheres stay. */
+    /*! Moves the centre; the radius becomes the length of M (0, radius, 0) with M the matrix'
+        3x3, as OpenSG 1.x has it: right for rotations and uniform scales, while a non-uniform
+        scale may leave the sphere smaller than the transformed one. Empty and infinite spheres
+        stay. */
     void transform(const Matrix &m) override;
 
     void dump(UInt32 uiIndent = 0, const BitVector bvFlags = 0) const override;

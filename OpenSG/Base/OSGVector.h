@@ -219,7 +219,9 @@ class Point
 
     RealReturnType dist(const Point &other) const { return osgsqrt(dist2(other)); }
 
-    /*! The largest component. */
+    /*! The largest component. Deliberately not OpenSG 1.x's answer, which starts from the smallest
+        positive value of the type and so gives that (FLT_MIN for floats) for points whose
+        components are all negative. */
     RealReturnType maxValue(void) const
     {
         ValueTypeT m = _values[0];
@@ -406,13 +408,39 @@ class Vector : public Point<ValueTypeT, SizeI>
     }
     ValueTypeT operator*(const Vector &v) const { return dot(v); }
 
-    /*! Angle between the two vectors in radians; 0 if either is shorter than Eps. */
+    /*! Angle between the two vectors in radians; 0 if either is zero (isZero). A cosine within
+        Eps of 1 or -1 snaps to 0 or Pi, so nearly parallel vectors give exact answers. */
     RealReturnType enclosedAngle(const Vector &v) const
     {
-        RealReturnType l = length() * v.length();
-        if(l < RealReturnType(Eps))
+        if(this->isZero() || v.isZero())
             return RealReturnType(0);
-        return osgacos(RealReturnType(dot(v)) / l);
+        RealReturnType cosine = RealReturnType(dot(v)) / (length() * v.length());
+        if(cosine - RealReturnType(Eps) < RealReturnType(-1))
+            return RealReturnType(Pi);
+        if(cosine + RealReturnType(Eps) > RealReturnType(1))
+            return RealReturnType(0);
+        return osgacos(cosine);
+    }
+
+    /*! Replaces the vector by its projection onto toVec and returns the factor f of the
+        projection f * toVec. A factor within Eps of 0 gives the zero vector and 0. A toVec whose
+        square length is at most Eps cannot be projected onto: the vector is kept and 1 returned. */
+    RealReturnType projectTo(const Vector &toVec)
+    {
+        RealReturnType factor      = RealReturnType(dot(toVec));
+        RealReturnType squareDenom = RealReturnType(toVec.dot(toVec));
+        if(squareDenom <= RealReturnType(Eps))
+            return RealReturnType(1);
+        factor /= squareDenom;
+        if(osgabs(factor) <= RealReturnType(Eps))
+        {
+            this->setNull();
+            return RealReturnType(0);
+        }
+        *this = toVec;
+        for(UInt32 i = 0; i < SizeI; ++i)
+            _values[i] = ValueTypeT(_values[i] * factor);
+        return factor;
     }
 
     /*! The vector as the point it reaches from the origin. */

@@ -10,10 +10,11 @@ namespace osg {
         T(translation) T(center) R(rotation) R(scaleOrientation) S(scale) R(scaleOrientation)^-1 T(-center)
 
     (scale in the scale-orientation frame and rotate, both about the centre, then translate).
-    An edit of any component rebuilds the matrix; an edit of the matrix alone decomposes it into
-    the components around a zero centre, so such an edit sets the centre to 0, and the scale and
-    scale orientation may come back permuted or sign-flipped while describing the same matrix.
-    Neither write is recorded as a change of its own. */
+    As in OpenSG 1.x, an edit of any component rebuilds the matrix inside a nested edit of
+    MatrixFieldMask, so the new matrix is recorded as a change of its own and changed() runs
+    again with the matrix bit. An edit of the matrix alone keeps it as set and leaves the
+    components (centre included) as they were: they no longer describe the matrix until the next
+    component edit rebuilds it. */
 class ComponentTransform : public ComponentTransformBase
 {
   public:
@@ -28,6 +29,13 @@ class ComponentTransform : public ComponentTransformBase
   protected:
     friend class FieldContainer;
     friend class ComponentTransformBase;
+
+    /*! Sets the matrix from the components in an edit of MatrixFieldMask (recorded, and
+        changed() called with the matrix bit). */
+    void rebuildMatrix(void);
+
+    /*! Registers the transform's intersect functors for this type. */
+    static void initMethod(void);
 
     ComponentTransform(void);
     ComponentTransform(const ComponentTransform &source);

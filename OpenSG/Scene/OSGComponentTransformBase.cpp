@@ -63,7 +63,7 @@ FieldContainerType ComponentTransformBase::_type(
     "Transform",
     NULL,
     &ComponentTransformBase::createPrototype,
-    &FieldContainerType::noInitMethod,
+    &ComponentTransform::initMethod,
     _desc,
     sizeof(_desc),
     false);

@@ -1,4 +1,5 @@
 #include <OpenSG/OSGGroup.h>
+#include <OpenSG/OSGIntersectAction.h>
 
 namespace osg {
 
@@ -11,5 +12,19 @@ Group::Group(const Group &source) : Inherited(source)
 }
 
 Group::~Group(void) = default;
+
+void Group::initMethod(void)
+{
+    IntersectAction::registerEnterDefault(
+        getClassType(),
+        osgTypedMethodFunctor2BaseCPtrRef<Action::ResultE, GroupPtr, CNodePtr, Action *>(
+            &Group::intersect));
+}
+
+Action::ResultE Group::intersect(Action *action)
+{
+    IntersectAction *ia = dynamic_cast<IntersectAction *>(action);
+    return ia != NULL ? ia->testVolume() : Action::Continue;
+}
 
 } // namespace osg

@@ -9,7 +9,7 @@ FieldContainerType GroupBase::_type(
     "NodeCore",
     NULL,
     &GroupBase::createPrototype,
-    &FieldContainerType::noInitMethod,
+    &Group::initMethod,
     NULL,
     0,
     false);

@@ -17,9 +17,18 @@ class Transform : public TransformBase
 
     void changed(BitVector whichField, UInt32 origin) override;
 
+    /*! IntersectAction's functors: the line into and out of the children's coordinates
+        (IntersectAction::enterTransform, leaveTransform). Derived transform cores register
+        them for their own types. */
+    Action::ResultE intersectEnter(Action *action);
+    Action::ResultE intersectLeave(Action *action);
+
   protected:
     friend class FieldContainer;
     friend class TransformBase;
+
+    /*! Registers the intersect functors for this type. */
+    static void initMethod(void);
 
     Transform(void);
     Transform(const Transform &source);

@@ -1,4 +1,5 @@
 #include <OpenSG/OSGTransform3D.h>
+#include <OpenSG/OSGIntersectAction.h>
 #include <OpenSG/OSGLog.h>
 
 #include <cctype>
@@ -52,6 +53,18 @@ Transform3D::Transform3D(const Transform3D &source) : Inherited(source)
 }
 
 Transform3D::~Transform3D(void) = default;
+
+void Transform3D::initMethod(void)
+{
+    IntersectAction::registerEnterDefault(
+        getClassType(),
+        osgTypedMethodFunctor2BaseCPtrRef<Action::ResultE, Transform3DPtr, CNodePtr, Action *>(
+            &Transform3D::intersectEnter));
+    IntersectAction::registerLeaveDefault(
+        getClassType(),
+        osgTypedMethodFunctor2BaseCPtrRef<Action::ResultE, Transform3DPtr, CNodePtr, Action *>(
+            &Transform3D::intersectLeave));
+}
 
 bool Transform3D::parseRotationOrder(const std::string &order, UInt32 axes[3])
 {

@@ -53,6 +53,9 @@ class Transform3D : public Transform3DBase
     friend class FieldContainer;
     friend class Transform3DBase;
 
+    /*! Registers the transform's intersect functors for this type. */
+    static void initMethod(void);
+
     Transform3D(void);
     Transform3D(const Transform3D &source);
     ~Transform3D(void) override;

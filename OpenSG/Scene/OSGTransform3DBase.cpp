@@ -113,7 +113,7 @@ FieldContainerType Transform3DBase::_type(
     "Transform",
     NULL,
     &Transform3DBase::createPrototype,
-    &FieldContainerType::noInitMethod,
+    &Transform3D::initMethod,
     _desc,
     sizeof(_desc),
     false);

@@ -23,7 +23,7 @@ FieldContainerType TransformBase::_type(
     "Group",
     NULL,
     &TransformBase::createPrototype,
-    &FieldContainerType::noInitMethod,
+    &Transform::initMethod,
     _desc,
     sizeof(_desc),
     false);

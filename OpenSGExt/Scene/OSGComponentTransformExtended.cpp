@@ -1,4 +1,5 @@
 #include <OpenSGExt/OSGComponentTransformExtended.h>
+#include <OpenSG/OSGIntersectAction.h>
 
 #include <cmath>
 
@@ -14,6 +15,18 @@ ComponentTransformExtended::ComponentTransformExtended(const ComponentTransformE
 }
 
 ComponentTransformExtended::~ComponentTransformExtended(void) = default;
+
+void ComponentTransformExtended::initMethod(void)
+{
+    IntersectAction::registerEnterDefault(
+        getClassType(),
+        osgTypedMethodFunctor2BaseCPtrRef<Action::ResultE, ComponentTransformExtendedPtr, CNodePtr,
+                                          Action *>(&ComponentTransformExtended::intersectEnter));
+    IntersectAction::registerLeaveDefault(
+        getClassType(),
+        osgTypedMethodFunctor2BaseCPtrRef<Action::ResultE, ComponentTransformExtendedPtr, CNodePtr,
+                                          Action *>(&ComponentTransformExtended::intersectLeave));
+}
 
 void ComponentTransformExtended::setRotation(const Vec3f &eulerDegrees)
 {

@@ -35,6 +35,10 @@ class ComponentTransformExtended : public ComponentTransformExtendedBase
     ComponentTransformExtended(void);
     ComponentTransformExtended(const ComponentTransformExtended &source);
     ~ComponentTransformExtended(void) override;
+
+    /*! Registers the transform's intersect functors for this type (functors are found by
+        exact type). */
+    static void initMethod(void);
 };
 
 } // namespace osg

@@ -9,7 +9,7 @@ FieldContainerType ComponentTransformExtendedBase::_type(
     "ComponentTransform",
     NULL,
     &ComponentTransformExtendedBase::createPrototype,
-    &FieldContainerType::noInitMethod,
+    &ComponentTransformExtended::initMethod,
     NULL,
     0,
     false);

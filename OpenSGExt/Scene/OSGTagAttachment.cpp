@@ -29,12 +29,13 @@ MFString *TagAttachment::tagField(UInt32 fieldId, BitVector &mask, const char *c
     return NULL;
 }
 
-bool TagAttachment::removeAll(MFString &field, const BitVector &mask, const std::string &tag)
+bool TagAttachment::removeFirst(MFString &field, const BitVector &mask, const std::string &tag)
 {
-    if(field.find(tag) == field.end())
+    MFString::iterator it = field.find(tag);
+    if(it == field.end())
         return false;
     CPEditor edit(FieldContainerPtr(this), mask);
-    field.erase(std::remove(field.begin(), field.end(), tag), field.end());
+    field.erase(it);
     return true;
 }
 
@@ -55,7 +56,7 @@ void TagAttachment::subTag(UInt32 fieldId, const std::string &tag)
 {
     BitVector mask = FieldBits::NoField;
     if(MFString *field = tagField(fieldId, mask, "subTag"))
-        removeAll(*field, mask, tag);
+        removeFirst(*field, mask, tag);
 }
 
 bool TagAttachment::replaceTag(UInt32 fieldId, const std::string &oldTag,
@@ -187,7 +188,7 @@ bool TagAttachment::canAddMaterialTags(const TagList &tags) const
 
 bool TagAttachment::subMaterialTag(const std::string &tag)
 {
-    return removeAll(_mfMaterials, MaterialsFieldMask, tag);
+    return removeFirst(_mfMaterials, MaterialsFieldMask, tag);
 }
 
 bool TagAttachment::replaceMaterialTag(const std::string &oldTag, const std::string &newTag)

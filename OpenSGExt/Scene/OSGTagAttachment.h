@@ -18,8 +18,9 @@ namespace osg {
     Material rules are stricter: the material operations never add an empty tag or one already
     present, so as long as only they edit the materials, that list holds distinct, non-empty tags.
 
-    Removal (subTag and friends) drops every entry equal to the tag, so that the tag is gone
-    afterwards even when replaceTag had made it repeat.
+    Removal (subTag, subAnimationTag, subMetaDataTag, subMaterialTag) drops the one entry equal
+    to the tag, the first: a tag that replaceTag had made repeat is still there afterwards, once
+    less.
 
     Every operation that changes a list ends its own edit on this container (beginEditCP /
     endEditCP with that list's mask): the change is recorded in the thread's change list and
@@ -61,6 +62,7 @@ class TagAttachment : public TagAttachmentBase
     bool addMaterialTag   (const std::string &tag);
     /*! True as soon as one tag of the list could be added. */
     bool canAddMaterialTags(const TagList &tags) const;
+    /*! Removes the first entry equal to the tag; false when there is none. */
     bool subMaterialTag   (const std::string &tag);
     /*! False when oldTag is missing or newTag is empty or already present. */
     bool replaceMaterialTag(const std::string &oldTag, const std::string &newTag);
@@ -76,7 +78,7 @@ class TagAttachment : public TagAttachmentBase
   private:
     /*! The list with this field id and its mask, or NULL (with a warning naming the caller). */
     MFString *tagField(UInt32 fieldId, BitVector &mask, const char *caller);
-    bool      removeAll(MFString &field, const BitVector &mask, const std::string &tag);
+    bool      removeFirst(MFString &field, const BitVector &mask, const std::string &tag);
 };
 
 } // namespace osg

@@ -1,5 +1,5 @@
 #include <OpenSGExt/OSGSwitchComponentTransform.h>
-#include <OpenSG/OSGAction.h>
+#include <OpenSG/OSGIntersectAction.h>
 #include <OpenSG/OSGLog.h>
 
 #include <algorithm>
@@ -38,9 +38,14 @@ SwitchComponentTransform::~SwitchComponentTransform(void) = default;
 
 void SwitchComponentTransform::initMethod(void)
 {
-    Action::registerEnterDefault(getClassType(), [](const NodeCorePtr &, Action *) {
-        return Action::Continue;
-    });
+    IntersectAction::registerEnterDefault(
+        getClassType(),
+        osgTypedMethodFunctor2BaseCPtrRef<Action::ResultE, SwitchComponentTransformPtr, CNodePtr,
+                                          Action *>(&SwitchComponentTransform::intersectEnter));
+    IntersectAction::registerLeaveDefault(
+        getClassType(),
+        osgTypedMethodFunctor2BaseCPtrRef<Action::ResultE, SwitchComponentTransformPtr, CNodePtr,
+                                          Action *>(&SwitchComponentTransform::intersectLeave));
 }
 
 void SwitchComponentTransform::onCreate(const SwitchComponentTransform *source)
@@ -135,25 +140,29 @@ void SwitchComponentTransform::changed(BitVector whichField, UInt32 origin)
         _sfTranslation.setValue(_mfTranslations[c]);
     }
 
+    BitVector passOn = whichField;
     if(stored != BitVector(0) || loaded)
     {
-        FlagGuard guard(_inChanged);
+        FlagGuard         guard(_inChanged);
         FieldContainerPtr thisP(this);
         if(stored != BitVector(0))
         {
             beginEditCP(thisP, stored);
             endEditCP(thisP, stored);
         }
-        _sfMatrix.getValue().setTransform(_sfTranslation.getValue(), _sfRotation.getValue(),
-                                          _sfScale.getValue(), _sfScaleOrientation.getValue(),
-                                          _sfCenter.getValue());
-        const BitVector matrixMask =
-            MatrixFieldMask | (loaded ? ComponentsFieldMask : (whichField & ComponentsFieldMask));
-        beginEditCP(thisP, matrixMask);
-        endEditCP(thisP, matrixMask);
+        // The loaded components are recorded so that they reach other copies, without a
+        // changed() of their own: that would rebuild the matrix a second time.
+        if(loaded)
+        {
+            beginEditCP(thisP, ComponentsFieldMask);
+            endEditNotChangedCP(thisP, ComponentsFieldMask);
+        }
+        rebuildMatrix();
+        // ComponentTransform would only rebuild the same matrix again.
+        passOn &= ~ComponentsFieldMask;
     }
 
-    Inherited::changed(whichField, origin);
+    Inherited::changed(passOn, origin);
 }
 
 void SwitchComponentTransform::addComponent(void)

@@ -16,14 +16,14 @@ namespace osg {
     - a live component edited while choice < getCount() is copied into entry `choice`, and the
       change of that list is reported; with the choice beyond the end nothing is stored;
     - a change of `choice` to an index below getCount() loads that entry into the live
-      components; beyond the end nothing is loaded;
-    - when either happened, the matrix is rebuilt once and its change reported. The report
-      includes the live components' bits, because ComponentTransform decomposes a lone matrix
-      change into components (which would zero the centre); it is also what lets the loaded
-      components reach the change list.
+      components (recorded as a change of the components, without a changed() call of its
+      own); beyond the end nothing is loaded;
+    - when either happened, the matrix is rebuilt once, in one recorded edit of
+      MatrixFieldMask, and ComponentTransform does not rebuild it again. Otherwise a live edit
+      rebuilds it through ComponentTransform, also once.
     Edits made by changed() itself are not fed back into it (re-entrancy flag).
-    An edit of the matrix alone decomposes into the live components as in ComponentTransform and
-    is not stored into the entry.
+    An edit of the matrix alone keeps the matrix as set and touches neither the live components
+    nor the entries (as in ComponentTransform).
 
     Lists of unequal length (from a stream or the generated accessors) are warned about, and no
     entry is stored or loaded while an entry would be missing from a list.
@@ -68,9 +68,9 @@ class SwitchComponentTransform : public SwitchComponentTransformBase
 
     void onCreate(const SwitchComponentTransform *source = NULL);
 
-    /*! Registers the core's enter function with the plain Action: Continue, as the core adds
-        nothing to a plain traversal beyond its children. Actions with transform functors of
-        their own (IntersectAction) reach the core through Transform's, by the type chain. */
+    /*! Registers the core's traversal functions: functors are found by exact type, so the
+        transform's intersect functors are registered for this type too, and an IntersectAction
+        maps its line through the matrix of the chosen entry. */
     static void initMethod(void);
 
   private:

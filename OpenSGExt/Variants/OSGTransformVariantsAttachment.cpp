@@ -193,12 +193,7 @@ bool TransformVariantsAttachment::insertTransformVariant(const TransformVariantP
                  << std::endl;
         return false;
     }
-    if(findTransformVariant(variant) >= 0)
-    {
-        SWARNING << "TransformVariantsAttachment::insertTransformVariant: variant \""
-                 << variant->getName() << "\" is already in the list, ignored" << std::endl;
-        return false;
-    }
+    // A variant already in the list is inserted again like any other: one reference per entry.
     addRefCP(variant);
     // Ending the edit runs changed(): the new variant is watched and the state re-run.
     CPEditor edit(FieldContainerPtr(this), TransformVariantsFieldMask);

@@ -66,8 +66,10 @@ class TransformVariantsAttachment : public TransformVariantsAttachmentBase
     /*! Index of the variant in the list, or -1. */
     Int32               findTransformVariant(const TransformVariantPtr &variant) const;
 
-    /*! Inserts before index (index == count appends) and takes a reference. A null variant, an
-        index beyond the end and a variant already in the list are refused with a warning. */
+    /*! Inserts before index (index == count appends) and takes a reference. A null variant and
+        an index beyond the end are refused with a warning; a variant already in the list is
+        inserted again and takes one more reference (each entry has its own index in the
+        variant state; the remembered state finds the first). */
     bool insertTransformVariant(const TransformVariantPtr &variant, UInt32 index);
     /*! Takes the variant out, reports the change, re-runs the state unless skipStateUpdate, and
         gives the reference back. An index out of range is refused with a warning. */

@@ -77,8 +77,14 @@ std::unique_ptr<Action> loggingAction(std::string &log, Policy policy = Policy()
             return policy ? policy(name, entering) : Action::Continue;
         };
     };
-    action->registerEnterFunction(NodeCore::getClassType(), functor(true));
-    action->registerLeaveFunction(NodeCore::getClassType(), functor(false));
+    // Functors are found by exact type: every core type of the tree needs its own.
+    for(const FieldContainerType *type : { &Group::getClassType(), &Transform::getClassType(),
+                                           &Transform3D::getClassType(),
+                                           &ComponentTransform::getClassType() })
+    {
+        action->registerEnterFunction(*type, functor(true));
+        action->registerLeaveFunction(*type, functor(false));
+    }
     return action;
 }
 
@@ -189,9 +195,10 @@ TEST(Action, PassesOverMaskedOccludedAndNullNodesAndQuitsOnBadOnes)
     EXPECT_EQ(log, "+b +b1 -b1 -b +a2 -a2 ");
 }
 
-TEST(Action, FunctorsFallBackToTheNearestAncestorType)
+TEST(Action, FunctorsAreFoundByExactTypeElseTheDefaultContinues)
 {
     Tree tree;
+    makeNode(Group::create(), "below", tree.b1);    // under a core handled by the default
     std::string log;
     std::unique_ptr<Action> action(Action::create());
     auto tag = [&log](const char *what) {
@@ -203,14 +210,18 @@ TEST(Action, FunctorsFallBackToTheNearestAncestorType)
     action->registerEnterFunction(Group::getClassType(), tag("group"));
     action->registerEnterFunction(Transform::getClassType(), tag("transform"));
     action->apply(tree.root);
+    // Transform3D and ComponentTransform derive from Transform but have no functor of their
+    // own: they get the default, which continues into their children.
     EXPECT_EQ(log, "root:group(Group) a:group(Group) a1:group(Group) a2:transform(Transform) "
-                   "b:transform(Transform3D) b1:transform(ComponentTransform) ");
+                   "below:group(Group) ");
 
-    // Removing a functor falls back further up.
+    // A functor of a derived type is not used for its parent type.
     log.clear();
     action->registerEnterFunction(Transform::getClassType(), Action::Functor());
+    action->registerEnterFunction(ComponentTransform::getClassType(), tag("component"));
+    action->apply(tree.a);
     action->apply(tree.b);
-    EXPECT_EQ(log, "b:group(Transform3D) b1:group(ComponentTransform) ");
+    EXPECT_EQ(log, "a:group(Group) a1:group(Group) b1:component(ComponentTransform) below:group(Group) ");
 }
 
 TEST(Action, ClassDefaultsReachActionsCreatedLater)
@@ -472,6 +483,67 @@ TEST(IntersectAction, RotatedAndFlattenedTransforms)
     LogCapture capture;
     EXPECT_EQ(ia->apply(root), Action::Quit);
     EXPECT_TRUE(capture.contains("no direction")) << capture.text();
+    subRefCP(root);
+}
+
+TEST(IntersectAction, EveryCoreTypeBringsItsOwnFunctorsTheRestAreGroupsWithoutATest)
+{
+    // The same translated and scaled square under each transform core type.
+    Matrix m = transform(Vec3f(0, 0, 3), Vec3f(2, 2, 2));
+    TransformPtr plain = Transform::create();
+    ComponentTransformPtr component = ComponentTransform::create();
+    Transform3DPtr stack = Transform3D::create();
+    beginEditCP(plain, Transform::MatrixFieldMask);
+    plain->setMatrix(m);
+    endEditCP(plain, Transform::MatrixFieldMask);
+    beginEditCP(component, ComponentTransform::ComponentsFieldMask);
+    component->setTranslation(Vec3f(0, 0, 3));
+    component->setScale(Vec3f(2, 2, 2));
+    endEditCP(component, ComponentTransform::ComponentsFieldMask);
+    beginEditCP(stack, Transform3D::ComponentsFieldMask);
+    stack->setTranslation(Vec3f(0, 0, 3));
+    stack->setScale(Vec3f(2, 2, 2));
+    endEditCP(stack, Transform3D::ComponentsFieldMask);
+
+    const Line down(Pnt3f(1.5f, 1.5f, 10), Vec3f(0, 0, -1));
+    for(const NodeCorePtr &core : { NodeCorePtr(plain), NodeCorePtr(component), NodeCorePtr(stack) })
+    {
+        const std::string kind = core->getType().getName();
+        NodePtr root = makeNode(Group::create(), "root");
+        addRefCP(root);
+        makeSquare("square", makeNode(core, "xf", root));
+        std::unique_ptr<IntersectAction> ia(IntersectAction::create());
+        ASSERT_TRUE(hits(*ia, root, down)) << kind;
+        EXPECT_NEAR(ia->getHitT(), 7.f, 1e-5f) << kind;
+
+        // Without functors of its own the core is a plain group: the line stays unmapped and
+        // misses the untransformed unit square.
+        ia->registerEnterFunction(core->getType(), Action::Functor());
+        ia->registerLeaveFunction(core->getType(), Action::Functor());
+        EXPECT_FALSE(hits(*ia, root, down)) << kind;
+        ASSERT_TRUE(hits(*ia, root, Line(Pnt3f(0.5f, 0.5f, 10), Vec3f(0, 0, -1)))) << kind;
+        EXPECT_NEAR(ia->getHitT(), 10.f, 1e-5f) << kind;
+        subRefCP(root);
+    }
+
+    // A group whose (static, valid) volume misses the line is pruned by Group's functor, and
+    // descended into by the default.
+    NodePtr root = makeNode(Group::create(), "root");
+    addRefCP(root);
+    NodePtr group = makeNode(Group::create(), "group", root);
+    makeSquare("square", group);
+    beginEditCP(group, Node::VolumeFieldMask);
+    DynamicVolume &fake = group->editVolume(false);
+    fake.setEmpty();
+    fake.extendBy(Pnt3f(5, 5, 0));
+    fake.extendBy(Pnt3f(6, 6, 1));
+    fake.setStatic();
+    endEditCP(group, Node::VolumeFieldMask);
+    std::unique_ptr<IntersectAction> ia(IntersectAction::create());
+    const Line onSquare(Pnt3f(0.5f, 0.5f, 1), Vec3f(0, 0, -1));
+    EXPECT_FALSE(hits(*ia, root, onSquare));
+    ia->registerEnterFunction(Group::getClassType(), Action::Functor());
+    EXPECT_TRUE(hits(*ia, root, onSquare));
     subRefCP(root);
 }
 

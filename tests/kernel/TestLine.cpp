@@ -40,24 +40,47 @@ TEST(Line, BoxEnterAndExit)
     EXPECT_NEAR(enter, 2.f * std::sqrt(2.f), 1e-5f);
     EXPECT_NEAR(exit, 3.f * std::sqrt(2.f), 1e-5f);
 
-    // Starting inside: enter lies behind the position.
+    // Starting inside: enter is clipped to 0.
     ASSERT_TRUE(Line(Pnt3f(0, 0, 0), Vec3f(0, -1, 0)).intersect(box, enter, exit));
-    EXPECT_FLOAT_EQ(enter, -1.f);
+    EXPECT_EQ(enter, 0.f);
     EXPECT_FLOAT_EQ(exit, 1.f);
 
-    // Behind the position, beside the box, parallel outside a slab.
+    // A box behind the position: a miss that still reports its slab parameters (0 and -4).
+    enter = exit = 99.f;
     EXPECT_FALSE(Line(Pnt3f(5, 0, 0), Vec3f(1, 0, 0)).intersect(box, enter, exit));
-    EXPECT_FALSE(Line(Pnt3f(-5, 2, 0), Vec3f(1, 0.1f, 0)).intersect(box));
-    EXPECT_FALSE(Line(Pnt3f(-5, 1.5f, 0), Vec3f(1, 0, 0)).intersect(box));
-    // Parallel inside the slab, grazing a face.
+    EXPECT_EQ(enter, 0.f);
+    EXPECT_FLOAT_EQ(exit, -4.f);
+    // Missed by the third slab: written too (enter 4 sqrt 5, exit 3 sqrt 5).
+    enter = exit = 99.f;
+    EXPECT_FALSE(Line(Pnt3f(-5, 0, 5), Vec3f(1, 0, -0.5f)).intersect(box, enter, exit));
+    EXPECT_NEAR(enter, 4.f * std::sqrt(5.f), 1e-4f);
+    EXPECT_NEAR(exit, 3.f * std::sqrt(5.f), 1e-4f);
+    // Missed by the second slab, or parallel outside a slab: nothing is written.
+    enter = exit = 99.f;
+    EXPECT_FALSE(Line(Pnt3f(-5, 2, 0), Vec3f(1, 0.1f, 0)).intersect(box, enter, exit));
+    EXPECT_FALSE(Line(Pnt3f(-5, 1.5f, 0), Vec3f(1, 0, 0)).intersect(box, enter, exit));
+    EXPECT_EQ(enter, 99.f);
+    EXPECT_EQ(exit, 99.f);
+    // Parallel inside the slab, grazing a face; a direction component within Eps of 0 counts as
+    // parallel.
     EXPECT_TRUE(Line(Pnt3f(-5, 1.f, 0), Vec3f(1, 0, 0)).intersect(box));
+    EXPECT_FALSE(Line(Pnt3f(-5, 1.000001f, 0), Vec3f(1, -5e-7f, 0)).intersect(box));
+    // Flat boxes are hit, and so are boxes missed by less than Eps.
+    ASSERT_TRUE(Line(Pnt3f(0, 0, -5), Vec3f(0, 0, 1)).intersect(BoxVolume(Pnt3f(-1, -1, 0), Pnt3f(1, 1, 0)),
+                                                               enter, exit));
+    EXPECT_FLOAT_EQ(enter, 5.f);
+    EXPECT_FLOAT_EQ(exit, 5.f);
+    // Passing the corner (1, 0) of the unit square by 3e-7 and by 3e-6 along the diagonal.
+    const BoxVolume square(Pnt3f(0, 0, -1), Pnt3f(1, 1, 1));
+    EXPECT_TRUE(Line(Pnt3f(0.5f, -0.5000003f, 0), Vec3f(1, 1, 0)).intersect(square));
+    EXPECT_FALSE(Line(Pnt3f(0.5f, -0.500003f, 0), Vec3f(1, 1, 0)).intersect(square));
 
-    // Empty boxes are never hit, infinite ones always.
+    // Empty boxes are never hit, infinite ones from 0 on.
     EXPECT_FALSE(Line(Pnt3f(0, 0, 0), Vec3f(1, 0, 0)).intersect(BoxVolume()));
     BoxVolume inf;
     inf.setInfinite();
     ASSERT_TRUE(Line(Pnt3f(0, 0, 0), Vec3f(1, 0, 0)).intersect(inf, enter, exit));
-    EXPECT_EQ(enter, NegInf);
+    EXPECT_EQ(enter, 0.f);
     EXPECT_EQ(exit, Inf);
 }
 
@@ -91,17 +114,17 @@ TEST(Line, VolumesAnswerThroughTheirVirtuals)
 
     DynamicVolume dyn(DynamicVolume::SPHERE_VOLUME);
     dyn.extendBy(Pnt3f(0, 0, 0));
-    dyn.extendBy(Pnt3f(2, 0, 0));   // sphere around (1,0,0), radius 1
+    dyn.extendBy(Pnt3f(2, 0, 0));   // sphere around (0,0,0), radius 2
     const Volume &asVolume = dyn;
     ASSERT_TRUE(asVolume.intersect(line, enter, exit));
-    EXPECT_NEAR(enter, 5.f, 1e-5f);
+    EXPECT_NEAR(enter, 3.f, 1e-5f);
     EXPECT_NEAR(exit, 7.f, 1e-5f);
     ASSERT_TRUE(line.intersect(asVolume, enter, exit));
     EXPECT_NEAR(exit, 7.f, 1e-5f);
 
     dyn.morphToType(DynamicVolume::BOX_VOLUME);
     ASSERT_TRUE(dyn.intersect(line, enter, exit));
-    EXPECT_NEAR(enter, 5.f, 1e-5f);
+    EXPECT_NEAR(enter, 3.f, 1e-5f);
     EXPECT_FALSE(dyn.intersect(Line(Pnt3f(-5, 3, 0), Vec3f(1, 0, 0))));
 
     BoxVolume box(Pnt3f(0, 0, 0), Pnt3f(1, 1, 1));
@@ -133,10 +156,14 @@ TEST(Line, Triangles)
     ASSERT_TRUE(Line(Pnt3f(1, -2, 3), Vec3f(0, 4, -3)).intersect(a, b, c, t));
     EXPECT_NEAR(t, 5.f, 1e-5f);
 
-    // Edges count; outside, behind and parallel do not.
+    // Behind the position is a hit at t < 0 (the half-line is the caller's business).
+    ASSERT_TRUE(Line(Pnt3f(1, 1, 1.5f), Vec3f(0, 0, 1)).intersect(a, b, c, t, u, v));
+    EXPECT_FLOAT_EQ(t, -1.5f);
+    EXPECT_FLOAT_EQ(u, 0.25f);
+
+    // Edges count; outside and parallel do not.
     EXPECT_TRUE(Line(Pnt3f(2, 2, 1), Vec3f(0, 0, -1)).intersect(a, b, c, t));
     EXPECT_FALSE(Line(Pnt3f(3, 3, 1), Vec3f(0, 0, -1)).intersect(a, b, c, t));
-    EXPECT_FALSE(Line(Pnt3f(1, 1, 1), Vec3f(0, 0, 1)).intersect(a, b, c, t));
     EXPECT_FALSE(Line(Pnt3f(-1, 1, 0), Vec3f(1, 0, 0)).intersect(a, b, c, t));
     // A triangle collapsed to a line.
     EXPECT_FALSE(Line(Pnt3f(1, 0, 1), Vec3f(0, 0, -1)).intersect(a, b, Pnt3f(2, 0, 0), t));

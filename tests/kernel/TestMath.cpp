@@ -352,6 +352,62 @@ TEST(Quaternion, FromToAndSlerp)
     EXPECT_TRUE(near(rotationOf(Quaternion::slerp(Quaternion(), negated, 0.5f)), rot(2, Real32(Pi / 4))));
 }
 
+TEST(Quaternion, MultVecDoesNotNormaliseAndFromToSnapsAsOpenSG)
+{
+    Vec3f      v;
+    Quaternion q;
+    q.setValueAsQuat(0, 0, 0, 2);
+    q.multVec(Vec3f(1, 2, 3), v);                  // q v q*: scaled by |q|^2
+    EXPECT_EQ(v, Vec3f(4, 8, 12));
+    q.setValueAsQuat(0, 0, 1, 1);                  // 90 degrees about z, |q|^2 = 2
+    q.multVec(Vec3f(1, 0, 0), v);
+    EXPECT_TRUE(near(v, Vec3f(0, 2, 0)));
+
+    // Parallel below a cosine of 0.99999: 1 - 8e-6 is, 1 - 1.25e-5 is not.
+    EXPECT_EQ(Quaternion(Vec3f(1, 0, 0), Vec3f(1, 0.004f, 0)), Quaternion());
+    Quaternion small(Vec3f(1, 0, 0), Vec3f(1, 0.005f, 0));
+    Vec3f      axis;
+    Real32     angle;
+    small.getValueAsAxisRad(axis, angle);
+    EXPECT_TRUE(near(axis, Vec3f(0, 0, 1)));
+    EXPECT_NEAR(angle, std::atan(0.005f), 5e-5f);
+
+    // Opposite and nearly opposite: a half turn about from x (1,0,0), else about from x (0,1,0).
+    auto components = [](const Quaternion &r) { return Vec4f(r[0], r[1], r[2], r[3]); };
+    const Real32 s = std::sqrt(0.99f), t = std::sqrt(0.01f);
+    EXPECT_TRUE(near(components(Quaternion(Vec3f(s, t, 0), Vec3f(-s, -t, 0))), Vec4f(0, 0, -1, 0)));
+    EXPECT_TRUE(near(components(Quaternion(Vec3f(1, 0, 0), Vec3f(-1, 0.004f, 0))), Vec4f(0, 0, 1, 0)));
+    EXPECT_TRUE(near(components(Quaternion(Vec3f(0, 0, 2), Vec3f(0, 0, -1))), Vec4f(0, 1, 0, 0)));
+
+    // A direction without length gives the identity.
+    EXPECT_EQ(Quaternion(Vec3f(0, 0, 0), Vec3f(1, 0, 0)), Quaternion());
+    EXPECT_EQ(Quaternion(Vec3f(1, 0, 0), Vec3f(0, 1e-7f, 0)), Quaternion());
+    // So does a matrix without scale.
+    Matrix zero;
+    zero.setScale(0);
+    EXPECT_EQ(Quaternion(zero), Quaternion());
+}
+
+TEST(Vector, EnclosedAngleSnapsAndProjectTo)
+{
+    // |cos| beyond 1 - 1e-6 snaps to 0 or pi.
+    EXPECT_EQ(Vec3f(1, 0, 0).enclosedAngle(Vec3f(1, 0.001f, 0)), 0.0f);
+    EXPECT_EQ(Vec3f(1, 0, 0).enclosedAngle(Vec3f(-1, 0.001f, 0)), Real32(Pi));
+    EXPECT_NEAR(Vec3f(1, 0, 0).enclosedAngle(Vec3f(1, 0.002f, 0)), 0.002f, 1e-4f);
+    EXPECT_NEAR(Vec3f(2, 0, 0).enclosedAngle(Vec3f(1, 1, 0)), Real32(Pi / 4), 1e-6f);
+    EXPECT_EQ(Vec3f(0, 0, 0).enclosedAngle(Vec3f(1, 0, 0)), 0.0f);
+
+    Vec3f v(3, 4, 5);
+    EXPECT_EQ(v.projectTo(Vec3f(2, 0, 0)), 1.5f);
+    EXPECT_EQ(v, Vec3f(3, 0, 0));
+    v.setValues(3, 4, 0);
+    EXPECT_EQ(v.projectTo(Vec3f(0, 0, 5)), 0.0f);   // perpendicular: the zero vector
+    EXPECT_EQ(v, Vec3f(0, 0, 0));
+    v.setValues(3, 4, 0);
+    EXPECT_EQ(v.projectTo(Vec3f(0, 0, 0)), 1.0f);   // nothing to project onto: unchanged
+    EXPECT_EQ(v, Vec3f(3, 4, 0));
+}
+
 /*---------------------------------------------------------------------------*/
 
 TEST(Matrix, StorageAndValueOrder)
@@ -413,15 +469,31 @@ TEST(Matrix, MultOrder)
     a.multMatrixVec(Vec4f(1, 1, 1, 1), v4);
     EXPECT_EQ(v4, Vec4f(3, 2, 2, 1));
 
-    // Projective: divide by w; w = 0 gives the origin.
+    // Projective: divide by w; at w = 0 multFullMatrixPnt gives the origin, multFull the
+    // undivided point.
     Matrix proj(1, 0, 0, 0,
                 0, 1, 0, 0,
                 0, 0, 1, 0,
                 0, 0, -1, 0);
     proj.multFullMatrixPnt(Pnt3f(2, 4, -2), p);
     EXPECT_EQ(p, Pnt3f(1, 2, -1));
-    proj.multFull(Pnt3f(2, 4, 0), p);
+    proj.multFull(Pnt3f(2, 4, -2), p);
+    EXPECT_EQ(p, Pnt3f(1, 2, -1));
+    proj.multFullMatrixPnt(Pnt3f(2, 4, 0), p);
     EXPECT_EQ(p, Pnt3f(0, 0, 0));
+    proj.multFull(Pnt3f(2, 4, 0), p);
+    EXPECT_EQ(p, Pnt3f(2, 4, 0));
+
+    // mult(Vec4f) is for directions: no translation into x, y, z; w through the bottom row.
+    Matrix tw = translation(Vec3f(1, 2, 3));
+    tw.setScale(2);
+    tw[3][3] = 2;
+    tw.mult(Vec4f(1, 1, 1, 3), v4);
+    EXPECT_EQ(v4, Vec4f(2, 2, 2, 6));
+    tw.multMatrixVec(Vec4f(1, 1, 1, 3), v4);         // the full product, for comparison
+    EXPECT_EQ(v4, Vec4f(5, 8, 11, 6));
+    proj.mult(Vec4f(2, 4, -2, 1), v4);
+    EXPECT_EQ(v4, Vec4f(2, 4, -2, 2));
 }
 
 TEST(Matrix, DeterminantAndInverse)
@@ -552,9 +624,131 @@ TEST(Matrix, GetTransformRebuildsTheMatrix)
     EXPECT_TRUE(near(Vec3f(std::fabs(sg[0]), std::fabs(sg[1]), std::fabs(sg[2])), Vec3f(1, 1, 1)));
     EXPECT_TRUE(near(rotationOf(rg), rotationOf(r)));
 
-    // A singular matrix still decomposes into something that rebuilds it.
-    m.setTransform(Vec3f(0, 0, 0), r, Vec3f(2, 0, 1));
-    m.getTransform(tg, rg, sg, sog);
-    rebuilt.setTransform(tg, rg, sg, sog);
-    EXPECT_TRUE(near(rebuilt, m));
+}
+
+// Hand-derived results of the polar and spectral decomposition (without the canonicalising
+// step), where a textbook decomposition would answer differently.
+TEST(Matrix, GetTransformOrderAndSignsAsOpenSG)
+{
+    Vec3f      t, s;
+    Quaternion r, so;
+    auto decompose = [&](const Matrix &m) { m.getTransform(t, r, s, so); };
+
+    // A scale along turned axes comes back in the order of the diagonal, unturned.
+    Quaternion rz90(Vec3f(0, 0, 1), Real32(Pi / 2));
+    Matrix     m;
+    m.setTransform(Vec3f(4, 5, 6), Quaternion(), Vec3f(1, 2, 3), rz90);
+    decompose(m);
+    EXPECT_TRUE(near(t, Vec3f(4, 5, 6)));
+    EXPECT_TRUE(near(s, Vec3f(2, 1, 3)));
+    EXPECT_TRUE(near(Vec4f(so[0], so[1], so[2], so[3]), Vec4f(0, 0, 0, 1)));
+    EXPECT_TRUE(near(Vec4f(r[0], r[1], r[2], r[3]), Vec4f(0, 0, 0, 1)));
+
+    // A mirror: the rotation becomes a half turn (-Q) and all three factors turn negative.
+    decompose(scaling(-1, 2, 3));
+    EXPECT_TRUE(near(s, Vec3f(-1, -2, -3)));
+    EXPECT_TRUE(near(Vec4f(r[0], r[1], r[2], r[3]), Vec4f(1, 0, 0, 0)));
+    EXPECT_TRUE(near(Vec4f(so[0], so[1], so[2], so[3]), Vec4f(0, 0, 0, 1)));
+
+    // S = [[2 1 0] [1 2 0] [0 0 5]]: one Jacobi rotation in the (0, 1) plane with tangent 1
+    // leaves the eigenvalues 1, 3 on the diagonal and turns the axes by -45 degrees about z.
+    m = Matrix(2, 1, 0, 0,
+               1, 2, 0, 0,
+               0, 0, 5, 0,
+               0, 0, 0, 1);
+    decompose(m);
+    EXPECT_TRUE(near(s, Vec3f(1, 3, 5)));
+    const Real32 c = std::cos(Real32(Pi / 8)), sn = std::sin(Real32(Pi / 8));
+    EXPECT_TRUE(near(Vec4f(so[0], so[1], so[2], so[3]), Vec4f(0, 0, -sn, c)));
+    EXPECT_TRUE(near(Vec4f(r[0], r[1], r[2], r[3]), Vec4f(0, 0, 0, 1)));
+
+    // Zero scale along an axis: no rotation can be told, the scale still can.
+    m.setTransform(Vec3f(0, 0, 0), Quaternion(), Vec3f(2, 0, 1));
+    decompose(m);
+    EXPECT_TRUE(near(s, Vec3f(2, 0, 1)));
+    EXPECT_EQ(r, Quaternion());
+    EXPECT_EQ(so, Quaternion());
+    decompose(scaling(0, 0, 0));
+    EXPECT_EQ(s, Vec3f(0, 0, 0));
+    EXPECT_EQ(r, Quaternion());
+}
+
+TEST(Matrix, NormsColumnConstructorsAndText)
+{
+    Matrix m(1, -2, 3, -4,
+             5, -6, 7, -8,
+             9, -10, 11, -12,
+             13, -14, 15, -16);
+    EXPECT_EQ(m.norm1(), 136.0f);                    // the sum of all |entries|
+    EXPECT_EQ(m.normInfinity(), 16.0f);              // the largest |entry|
+    EXPECT_NEAR(m.norm2(), std::sqrt(1496.0f), 1e-4f);
+
+    // Column constructors from 3-vectors leave the bottom row at 0, m[3][3] included.
+    const Matrix three(Vec3f(1, 2, 3), Vec3f(4, 5, 6), Vec3f(7, 8, 9));
+    EXPECT_EQ(three[0], Vec4f(1, 2, 3, 0));
+    EXPECT_EQ(three[2], Vec4f(7, 8, 9, 0));
+    EXPECT_EQ(three[3], Vec4f(0, 0, 0, 0));
+    const Matrix four(Vec3f(1, 0, 0), Vec3f(0, 1, 0), Vec3f(0, 0, 1), Vec3f(7, 8, 9));
+    EXPECT_EQ(four[3], Vec4f(7, 8, 9, 0));
+    // setValue with 3-vectors writes x, y, z only.
+    Matrix kept;
+    kept.setValue(Vec3f(1, 2, 3), Vec3f(4, 5, 6), Vec3f(7, 8, 9));
+    EXPECT_EQ(kept[3], Vec4f(0, 0, 0, 1));
+
+    // Text: column by column by default, row by row on request; blanks, tabs, newlines and
+    // commas separate; missing numbers are 0, extra ones ignored; nothing gives the identity.
+    Matrix fromText;
+    fromText.setValue("1 2 3 4\t5,6,7,8\n9 10 11 12 13 14 15 16 17");
+    EXPECT_EQ(fromText[0], Vec4f(1, 2, 3, 4));
+    EXPECT_EQ(fromText[3], Vec4f(13, 14, 15, 16));
+    fromText.setValue("1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16", false);
+    EXPECT_EQ(fromText[0], Vec4f(1, 5, 9, 13));
+    EXPECT_EQ(fromText[3], Vec4f(4, 8, 12, 16));
+    fromText.setValue("0.5, -2e1,,x 3");
+    EXPECT_EQ(fromText[0], Vec4f(0.5f, -20, 0, 3));
+    EXPECT_EQ(fromText[3], Vec4f(0, 0, 0, 0));
+    fromText.setValue("");
+    EXPECT_EQ(fromText, Matrix());
+    fromText.setValue(static_cast<const Char8 *>(NULL));
+    EXPECT_EQ(fromText, Matrix());
+}
+
+TEST(Matrix, InverseThresholdsAndWhatTheThreeByThreeInversesWrite)
+{
+    // 3x3: |det3| < 1E-20 is singular; 1e-21 is, 1e-19 is not.
+    Matrix result;
+    EXPECT_FALSE(scaling(1e-7f, 1e-7f, 1e-7f).inverse3(result));
+    EXPECT_EQ(result, Matrix());
+    ASSERT_TRUE(scaling(1e-6f, 1e-6f, 1e-7f).inverse3(result));
+    EXPECT_NEAR(result[2][2], 1e7f, 1.f);
+
+    // inverse3 writes the 3x3 and column 3, not the rest of the bottom row.
+    Matrix a = translation(Vec3f(1, 2, 3));
+    a.setScale(2, 4, 8);
+    result = Matrix(1, 2, 3, 4,  5, 6, 7, 8,  9, 10, 11, 12,  13, 14, 15, 16);
+    ASSERT_TRUE(a.inverse3(result));
+    EXPECT_EQ(result[0], Vec4f(0.5f, 0, 0, 13));
+    EXPECT_EQ(result[1], Vec4f(0, 0.25f, 0, 14));
+    EXPECT_EQ(result[3], Vec4f(0, 0, 0, 1));
+    // invert3 leaves no trace of the old matrix outside the 3x3.
+    Matrix b = a;
+    b[0][3] = 5;
+    ASSERT_TRUE(b.invert3());
+    EXPECT_EQ(b[0], Vec4f(0.5f, 0, 0, 0));
+    EXPECT_EQ(b[3], Vec4f(0, 0, 0, 1));
+
+    // A singular 3x3: invert3 keeps the matrix, invertFrom3 and inverse3 give the identity.
+    const Matrix flat = scaling(1, 1, 0);
+    Matrix keep = flat;
+    keep[3][0] = 7;
+    EXPECT_FALSE(keep.invert3());
+    EXPECT_EQ(keep[3][0], 7.0f);
+    EXPECT_EQ(keep[2][2], 0.0f);
+    EXPECT_FALSE(keep.invertFrom3(flat));
+    EXPECT_EQ(keep, Matrix());
+
+    // 4x4: |det| < 1E-30.
+    Matrix r4;
+    EXPECT_FALSE(scaling(1e-10f, 1e-10f, 1e-11f).inverse(r4));
+    EXPECT_TRUE(scaling(1e-10f, 1e-10f, 1e-9f).inverse(r4));
 }

@@ -142,14 +142,26 @@ BitVector changedMask(const FieldContainerPtr &fc)
     return Thread::getCurrentChangeList()->getChangedMask(fc.getFieldContainerId());
 }
 
+// The masks recorded for one container, in order.
+std::vector<BitVector> recorded(const FieldContainerPtr &fc)
+{
+    std::vector<BitVector> masks;
+    for(const ChangeList::ChangeEntry &e : Thread::getCurrentChangeList()->getChanged())
+        if(e.first == fc.getFieldContainerId())
+            masks.push_back(e.second);
+    return masks;
+}
+
 } // namespace
 
 /*---------------------------- ComponentTransform ---------------------------*/
 
-TEST(ComponentTransform, ComponentsBuildTheCentredMatrix)
+TEST(ComponentTransform, ComponentsBuildTheCentredMatrixInARecordedMatrixEdit)
 {
     ComponentTransformPtr ct = ComponentTransform::create();
-    addRefCP(ct);
+    NodePtr node = makeNode(ct);
+    addRefCP(node);
+    node->updateVolume();
     const Vec3f t(-1, 4, 2), c(0.5f, -2, 1), s(3, 1, 2);
     Thread::getCurrentChangeList()->clearAll();
     edit(ct, ComponentTransform::ComponentsFieldMask, [&] {
@@ -161,38 +173,48 @@ TEST(ComponentTransform, ComponentsBuildTheCentredMatrix)
     });
     // T(t) T(c) R SO S SO^-1 T(-c): the stretch acts along the scale orientation's axes.
     expectMatrixEq(ct->getMatrix(), TS(t + c) * R('y', 90) * R('z', 30) * TS(Vec3f(), s) * R('z', -30) * TS(-c));
-    // The rebuilt matrix is not recorded as an edit of its own.
-    EXPECT_EQ(changedMask(ct), ComponentTransform::ComponentsFieldMask);
-    subRefCP(ct);
+    // The edit, then the rebuilt matrix as an edit of its own (recorded once), which reached
+    // the node's volume.
+    EXPECT_EQ(recorded(ct), (std::vector<BitVector>{ ComponentTransform::ComponentsFieldMask,
+                                                     ComponentTransform::MatrixFieldMask }));
+    EXPECT_FALSE(node->getVolume().isValid());
+    subRefCP(node);
 }
 
-TEST(ComponentTransform, MatrixOnlyEditDecomposesAroundAZeroCentre)
+TEST(ComponentTransform, MatrixOnlyEditKeepsComponentsAndCentre)
 {
     ComponentTransformPtr ct = ComponentTransform::create();
-    addRefCP(ct);
+    NodePtr node = makeNode(ct);
+    addRefCP(node);
+    const Quaternion rotation(Vec3f(1, 0, 0), 0.5f), orientation(Vec3f(0, 1, 0), 0.25f);
     edit(ct, ComponentTransform::ComponentsFieldMask, [&] {
         ct->setCenter(Vec3f(5, 5, 5));
         ct->setTranslation(Vec3f(1, 1, 1));
+        ct->setRotation(rotation);
+        ct->setScale(Vec3f(2, 2, 3));
+        ct->setScaleOrientation(orientation);
     });
+    node->updateVolume();
     Matrix m;
     m.setTransform(Vec3f(7, -3, 2), Quaternion(Vec3f(1, 2, 3), 1.1f), Vec3f(2, 3, 4));
     Thread::getCurrentChangeList()->clearAll();
     edit(ct, ComponentTransform::MatrixFieldMask, [&] { ct->setMatrix(m); });
 
-    EXPECT_EQ(ct->getCenter(), Vec3f(0, 0, 0));
-    EXPECT_EQ(ct->getTranslation(), Vec3f(7, -3, 2));
     EXPECT_TRUE(ct->getMatrix().equals(m, 0.f)) << "the matrix is kept as set";
-    EXPECT_EQ(changedMask(ct), ComponentTransform::MatrixFieldMask);
-    // The components describe the same matrix, whatever order the stretch axes came back in.
-    Matrix rebuilt;
-    rebuilt.setTransform(ct->getTranslation(), ct->getRotation(), ct->getScale(),
-                         ct->getScaleOrientation(), ct->getCenter());
-    EXPECT_TRUE(rebuilt.equals(m, 1e-4f)) << rebuilt << "\n" << m;
+    EXPECT_EQ(ct->getCenter(), Vec3f(5, 5, 5));
+    EXPECT_EQ(ct->getTranslation(), Vec3f(1, 1, 1));
+    EXPECT_EQ(ct->getRotation(), rotation);
+    EXPECT_EQ(ct->getScale(), Vec3f(2, 2, 3));
+    EXPECT_EQ(ct->getScaleOrientation(), orientation);
+    EXPECT_EQ(recorded(ct), std::vector<BitVector>{ ComponentTransform::MatrixFieldMask });
+    EXPECT_FALSE(node->getVolume().isValid());
 
-    // A following component edit wins over the matrix.
+    // A following component edit rebuilds the matrix from all components.
     edit(ct, ComponentTransform::TranslationFieldMask, [&] { ct->setTranslation(Vec3f(0, 0, 9)); });
-    EXPECT_TRUE(maps(ct->getMatrix(), Pnt3f(0, 0, 0), Pnt3f(0, 0, 9)));
-    subRefCP(ct);
+    Matrix expected;
+    expected.setTransform(Vec3f(0, 0, 9), rotation, Vec3f(2, 2, 3), orientation, Vec3f(5, 5, 5));
+    EXPECT_TRUE(ct->getMatrix().equals(expected, 1e-5f));
+    subRefCP(node);
 }
 
 /*---------------------------- Transform3D ----------------------------------*/

@@ -156,11 +156,11 @@ TEST(Volume, Sphere)
     EXPECT_EQ(s.getRadius(), 0.0f);
 
     SphereVolume unit(Pnt3f(0, 0, 0), 1);
-    unit.extendBy(Pnt3f(3, 0, 0));           // smallest sphere holding both
-    EXPECT_EQ(unit.getCenter(), Pnt3f(1, 0, 0));
-    EXPECT_EQ(unit.getRadius(), 2.0f);
+    unit.extendBy(Pnt3f(3, 0, 0));           // the centre stays, the radius reaches the point
+    EXPECT_EQ(unit.getCenter(), Pnt3f(0, 0, 0));
+    EXPECT_EQ(unit.getRadius(), 3.0f);
     unit.extendBy(Pnt3f(1, 1, 0));           // inside: unchanged
-    EXPECT_EQ(unit.getRadius(), 2.0f);
+    EXPECT_EQ(unit.getRadius(), 3.0f);
 
     SphereVolume a(Pnt3f(0, 0, 0), 1);
     a.extendBy(SphereVolume(Pnt3f(4, 0, 0), 1));
@@ -172,15 +172,22 @@ TEST(Volume, Sphere)
     EXPECT_TRUE(a.intersect(SphereVolume(Pnt3f(2, 12, 0), 2.5f)));
     EXPECT_FALSE(a.intersect(SphereVolume(Pnt3f(2, 13, 0), 2.5f)));
 
-    // Non-uniform scale grows the radius by the largest stretch, rotation keeps it.
+    // The radius becomes the length of the image of (0, r, 0): the y scale counts, whatever
+    // the rotation and the other scales.
     Matrix m;
     m.setTransform(Vec3f(1, 0, 0), Quaternion(Vec3f(1, 1, 0), 0.7f), Vec3f(1, 3, 2));
     SphereVolume t(Pnt3f(1, 1, 1), 2);
     t.transform(m);
-    EXPECT_NEAR(t.getRadius(), 6.0f, 1e-4);
+    EXPECT_NEAR(t.getRadius(), 6.0f, 1e-5);
     Pnt3f movedCenter;
     m.multMatrixPnt(Pnt3f(1, 1, 1), movedCenter);
     EXPECT_EQ(t.getCenter(), movedCenter);
+    m.setTransform(Vec3f(0, 0, 0), Quaternion(), Vec3f(3, 1, 2));
+    t.transform(m);
+    EXPECT_NEAR(t.getRadius(), 6.0f, 1e-5);
+    m.setTransform(Vec3f(0, 0, 0), Quaternion(Vec3f(0, 0, 1), Real32(Pi / 2)), Vec3f(0.5f, 4, 1));
+    t.transform(m);                          // (0, 6, 0) -> (0, 24, 0) -> (-24, 0, 0)
+    EXPECT_NEAR(t.getRadius(), 24.0f, 1e-4);
 
     // A sphere extended by a box takes the sphere around the box.
     SphereVolume fromBox;

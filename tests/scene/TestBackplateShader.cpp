@@ -1,4 +1,5 @@
-// The library frame: the back-plate shader chunk and the camera Z-up setting.
+// The back-plate shader chunk: its uniforms, its programs as the reference GLSL compiler sees
+// them, and its creation record.
 
 #include <OpenSGExt/skOpenSGExt.h>
 
@@ -9,7 +10,13 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sstream>
 #include <string>
+#include <unistd.h>
 
 using namespace osg;
 
@@ -20,6 +27,53 @@ std::string withoutHeader(const std::string &program, SHLChunk::ShaderKind kind)
     std::string header = SHLChunk::getShaderHeaderString(kind);
     EXPECT_EQ(program.compare(0, header.size(), header), 0) << program.substr(0, 80);
     return program.substr(header.size());
+}
+
+struct Compiled
+{
+    int                                status = -1;
+    std::string                        log;
+    std::map<std::string, std::string> uniforms;   // name -> the line glslang reports for it
+};
+
+// Links the two stages with glslangValidator and reads its uniform reflection (-q).
+Compiled compileAndReflect(const std::string &vertex, const std::string &fragment)
+{
+    namespace fs = std::filesystem;
+    const fs::path dir = fs::temp_directory_path() / ("skosg-backplate-" + std::to_string(getpid()));
+    fs::create_directories(dir);
+    const fs::path vert = dir / "backplate.vert", frag = dir / "backplate.frag";
+    std::ofstream(vert) << vertex;
+    std::ofstream(frag) << fragment;
+
+    Compiled result;
+    const std::string command = std::string("'") + SKOSG_GLSLANG_VALIDATOR + "' -l -q '" +
+                                vert.string() + "' '" + frag.string() + "' 2>&1";
+    if(FILE *pipe = popen(command.c_str(), "r"))
+    {
+        char buffer[4096];
+        size_t n;
+        while((n = fread(buffer, 1, sizeof(buffer), pipe)) > 0)
+            result.log.append(buffer, n);
+        result.status = pclose(pipe);
+    }
+    fs::remove_all(dir);
+
+    // "Uniform reflection:" lists the active uniforms, one "name: offset .., type .., ..." each,
+    // up to the next empty line.
+    std::istringstream lines(result.log);
+    std::string line;
+    bool inUniforms = false;
+    while(std::getline(lines, line))
+    {
+        if(line == "Uniform reflection:")
+            inUniforms = true;
+        else if(line.empty())
+            inUniforms = false;
+        else if(inUniforms && line.find(':') != std::string::npos)
+            result.uniforms[line.substr(0, line.find(':'))] = line;
+    }
+    return result;
 }
 
 } // namespace
@@ -59,26 +113,37 @@ TEST(BackplateShader, UniformsHaveTheirValuesAndKinds)
     }
 }
 
-TEST(BackplateShader, ProgramsStartWithTheHeadersAndUseTheUniforms)
+TEST(BackplateShader, BothStagesCompileAndLinkWithTheFourUniformsActive)
 {
     SHLChunkPtr c = skOpenSGExt::createBackplateShader(true, false);
     ASSERT_NE(c, NullFC);
     addRefCP(c);
-
-    std::string vertex = withoutHeader(c->getVertexProgram(), SHLChunk::VertexShader);
-    std::string fragment = withoutHeader(c->getFragmentProgram(), SHLChunk::FragmentShader);
+    // The headers come first: GLSL accepts #version on the first line only.
+    withoutHeader(c->getVertexProgram(), SHLChunk::VertexShader);
+    withoutHeader(c->getFragmentProgram(), SHLChunk::FragmentShader);
     EXPECT_TRUE(c->getGeometryProgram().empty());
 
-    // The header's #version must stay the only one, and first.
-    EXPECT_EQ(vertex.find("#version"), std::string::npos);
-    EXPECT_EQ(fragment.find("#version"), std::string::npos);
-    EXPECT_NE(vertex.find("void main()"), std::string::npos);
-    EXPECT_NE(vertex.find("gl_Position"), std::string::npos);
-    for(const char *decl : {"uniform sampler2D map;", "uniform float alpha;",
-                            "uniform bool normalizedX;", "uniform bool normalizedY;"})
+    const Compiled compiled = compileAndReflect(c->getVertexProgram(), c->getFragmentProgram());
+    ASSERT_EQ(compiled.status, 0) << compiled.log;
+    // Active uniforms only: each is declared and used. GL type codes: GL_SAMPLER_2D 0x8b5e,
+    // GL_FLOAT 0x1406, GL_BOOL 0x8b56; stage mask 16 is the fragment stage.
+    const std::map<std::string, const char *> expected = {
+        { "map", "type 8b5e" }, { "alpha", "type 1406" },
+        { "normalizedX", "type 8b56" }, { "normalizedY", "type 8b56" } };
+    EXPECT_EQ(compiled.uniforms.size(), expected.size()) << compiled.log;
+    for(const auto &e : expected)
     {
-        EXPECT_NE(fragment.find(decl), std::string::npos) << decl;
+        auto it = compiled.uniforms.find(e.first);
+        ASSERT_NE(it, compiled.uniforms.end()) << e.first << "\n" << compiled.log;
+        EXPECT_NE(it->second.find(e.second), std::string::npos) << it->second;
+        EXPECT_NE(it->second.find("stages 16"), std::string::npos) << it->second;
+        EXPECT_NE(c->findUniformParameter(e.first.c_str()), NullFC) << e.first;
     }
+
+    // The check itself can fail: a program the compiler rejects.
+    const Compiled broken = compileAndReflect(c->getVertexProgram(),
+                                              c->getFragmentProgram() + "\nvoid main() {}\n");
+    EXPECT_NE(broken.status, 0) << broken.log;
     subRefCP(c);
 }
 
@@ -106,14 +171,4 @@ TEST(BackplateShader, CreationIsRecordedInTheChangeList)
     }
     subRefCP(c);
     list->clearAll();
-}
-
-TEST(LibraryFrame, CameraZUpIsAProcessWideFlag)
-{
-    skOpenSGExt::init();
-    EXPECT_FALSE(skOpenSGExt::isCameraZUp());
-    skOpenSGExt::setCameraZUp(true);
-    EXPECT_TRUE(skOpenSGExt::isCameraZUp());
-    skOpenSGExt::setCameraZUp(false);
-    EXPECT_FALSE(skOpenSGExt::isCameraZUp());
 }

@@ -61,8 +61,10 @@ TEST_F(TagAttachmentTest, GenericRulesOnEachListById)
         EXPECT_EQ(join(field), "b,,b");
         EXPECT_TRUE(_tags->replaceTag(id, "b", ""));
         EXPECT_EQ(join(field), ",,b");
-        _tags->subTag(id, "");                         // every equal entry goes
+        _tags->subTag(id, "");                         // the first equal entry goes, one stays
+        EXPECT_EQ(join(field), ",b");
         _tags->subTag(id, "missing");
+        _tags->subTag(id, "");
         EXPECT_EQ(join(field), "b");
     }
     // Each id reached its own list only.
@@ -97,6 +99,7 @@ TEST_F(TagAttachmentTest, AnimationAndMetaDataTagsFollowTheLooseRules)
     // The material rule would refuse this replacement.
     EXPECT_TRUE(_tags->replaceAnimationTag("", "walk"));
     EXPECT_EQ(join(_tags->getAnimations()), "walk,walk");
+    _tags->subAnimationTag("walk");             EXPECT_EQ(join(_tags->getAnimations()), "walk");
     _tags->subAnimationTag("walk");             EXPECT_TRUE(_tags->getAnimations().empty());
 
     EXPECT_TRUE(_tags->hasMetaDataTag("run"));
@@ -130,6 +133,15 @@ TEST_F(TagAttachmentTest, MaterialTagsAreNonEmptyAndDistinct)
     EXPECT_TRUE(_tags->subMaterialTag("c"));
     EXPECT_FALSE(_tags->subMaterialTag("c"));
     EXPECT_EQ(_tags->getMaterialTags(), Strings{"b"});
+    // A material tag the generic rules made repeat loses one entry per removal.
+    EXPECT_TRUE(_tags->addTag(TagAttachment::MaterialsFieldId, "d"));
+    EXPECT_TRUE(_tags->replaceTag(TagAttachment::MaterialsFieldId, "d", "b"));
+    EXPECT_EQ(_tags->getMaterialTags(), (Strings{"b", "b"}));
+    EXPECT_TRUE(_tags->subMaterialTag("b"));
+    EXPECT_EQ(_tags->getMaterialTags(), Strings{"b"});
+    EXPECT_TRUE(_tags->subMaterialTag("b"));
+    EXPECT_TRUE(_tags->getMaterialTags().empty());
+    EXPECT_TRUE(_tags->addMaterialTag("b"));
 
     // Lists: accepted as soon as one tag could be added; adding skips empty and repeated ones.
     EXPECT_FALSE(_tags->canAddMaterialTags(Strings{}));

@@ -282,12 +282,14 @@ inline void binaryRoundTrip(const FieldContainerPtr &source, const FieldContaine
     expectFieldsEqual(source, target, mask, what);
 }
 
-// Whole container in both count widths, then field by field so that a wrong mask shows.
-inline void expectBinaryRoundTrip(const FieldContainerPtr &source, const FieldContainerPtr &target)
+// Whole container in both count widths, each read into its own fresh container, then field by
+// field so that a wrong mask shows.
+inline void expectBinaryRoundTrip(const FieldContainerPtr &source, const FieldContainerPtr &target32,
+                                  const FieldContainerPtr &target64)
 {
-    binaryRoundTrip(source, target, FieldBits::AllFields, "binary, 32-bit counts");
+    binaryRoundTrip(source, target32, FieldBits::AllFields, "binary, 32-bit counts");
     osgSetUseOSB64(true);
-    binaryRoundTrip(source, source->shallowCopy(), FieldBits::AllFields, "binary, 64-bit counts");
+    binaryRoundTrip(source, target64, FieldBits::AllFields, "binary, 64-bit counts");
     osgSetUseOSB64(false);
     const FieldContainerType &type = source->getType();
     for(UInt32 id = 1; id <= type.getNumFieldDescs(); ++id)

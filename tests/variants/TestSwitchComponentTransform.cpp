@@ -4,10 +4,12 @@
 #include <OpenSGExt/OSGSwitchComponentTransform.h>
 #include <OpenSGExt/OSGComponentTransformExtended.h>
 
-#include <OpenSG/OSGAction.h>
 #include <OpenSG/OSGChangeList.h>
+#include <OpenSG/OSGIntersectAction.h>
 #include <OpenSG/OSGLog.h>
 #include <OpenSG/OSGNode.h>
+
+#include "support/SceneTestSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -124,6 +126,15 @@ class SwitchTest : public ::testing::Test
     {
         return Thread::getCurrentChangeList()->getChangedMask(_s.getFieldContainerId());
     }
+    // The masks recorded for the core, one per ended edit, in order.
+    std::vector<BitVector> entries() const
+    {
+        std::vector<BitVector> masks;
+        for(const ChangeList::ChangeEntry &e : Thread::getCurrentChangeList()->getChanged())
+            if(e.first == _s.getFieldContainerId())
+                masks.push_back(e.second);
+        return masks;
+    }
 
     SCTPtr _s             = SwitchComponentTransform::create();
     int    _matrixReports = 0;
@@ -170,8 +181,8 @@ TEST_F(SwitchTest, LiveEditsAreStoredIntoTheChosenEntry)
         beginEditCP(_s, edit.live);
         edit.set();
         endEditCP(_s, edit.live);
-        // Only that list is reported, with the matrix.
-        EXPECT_EQ(recorded() & SCT::EntriesFieldMask, edit.list);
+        // The edit, that list and the matrix, each recorded once; the matrix built once.
+        EXPECT_EQ(entries(), (std::vector<BitVector>{ edit.live, edit.list, SCT::MatrixFieldMask }));
         EXPECT_EQ(_matrixReports, 1);
         reset();
     }
@@ -187,15 +198,11 @@ TEST_F(SwitchTest, ChoosingAnEntryLoadsItAndRebuildsTheMatrixOnce)
     EXPECT_EQ(live(_s), 2.f);
     EXPECT_TRUE(matrixShows(_s, 2.f));
     EXPECT_EQ(_matrixReports, 1);
-    const auto &changes = Thread::getCurrentChangeList()->getChanged();
-    EXPECT_EQ(std::count_if(changes.begin(), changes.end(), [this](const auto &c) {
-                  return c.first == _s.getFieldContainerId() &&
-                         bool(c.second & Transform::MatrixFieldMask);
-              }), 1);
-    // The loaded components are recorded, so that they reach other copies; nothing is stored.
-    EXPECT_EQ(recorded() & ComponentTransform::ComponentsFieldMask,
-              ComponentTransform::ComponentsFieldMask);
-    EXPECT_EQ(recorded() & SCT::EntriesFieldMask, BitVector(0));
+    // The choice, the loaded components (so that they reach other copies) and the matrix, with
+    // no other bits; nothing is stored.
+    EXPECT_EQ(entries(), (std::vector<BitVector>{ SCT::ChoiceFieldMask,
+                                                  ComponentTransform::ComponentsFieldMask,
+                                                  SCT::MatrixFieldMask }));
     EXPECT_EQ(stored(_s), Ks({0.f, 1.f, 2.f}));
     // Back and forth: each entry comes back as it was.
     setChoice(_s, 1);           EXPECT_EQ(live(_s), 1.f);
@@ -206,11 +213,14 @@ TEST_F(SwitchTest, ChoiceBeyondTheEndStoresAndLoadsNothing)
 {
     fill(2, 1);
     setChoice(_s, 2);           EXPECT_EQ(live(_s), 1.f);
+    EXPECT_EQ(_matrixReports, 0);
+    reset();
     setLive(_s, 9.f);
     EXPECT_EQ(stored(_s), Ks({0.f, 1.f}));
-    EXPECT_EQ(recorded() & SCT::EntriesFieldMask, BitVector(0));
-    EXPECT_EQ(_matrixReports, 0);
-    // The inherited behaviour still keeps the matrix on the live components.
+    // The inherited behaviour still keeps the matrix on the live components, built once.
+    EXPECT_EQ(entries(), (std::vector<BitVector>{ ComponentTransform::ComponentsFieldMask,
+                                                  SCT::MatrixFieldMask }));
+    EXPECT_EQ(_matrixReports, 1);
     EXPECT_TRUE(matrixShows(_s, 9.f));
 }
 
@@ -274,27 +284,60 @@ TEST_F(SwitchTest, DumpListsEveryEntryAndMarksTheChoice)
     EXPECT_EQ(text.find("[3]"), std::string::npos) << text;
 }
 
-TEST(SwitchComponentTransformType, HasItsOwnEnterFunctionForThePlainAction)
+TEST_F(SwitchTest, AMatrixOnlyEditTouchesNeitherComponentsNorEntries)
 {
-    // A functor registered for Transform reaches a ComponentTransform through the type chain,
-    // but not this core, which registered its own.
-    int transformEnters = 0;
-    Action::registerEnterDefault(Transform::getClassType(), [&](const NodeCorePtr &, Action *) {
-        ++transformEnters;
-        return Action::Continue;
-    });
-    std::unique_ptr<Action> action(Action::create());
-    const NodeCorePtr cores[] = {SwitchComponentTransform::create(), ComponentTransform::create()};
-    for(int expected : {0, 1})
+    fill(2, 1);
+    Matrix m;
+    m.setTransform(Vec3f(1, 2, 3));
+    beginEditCP(_s, SCT::MatrixFieldMask);
+    _s->setMatrix(m);
+    endEditCP(_s, SCT::MatrixFieldMask);
+    EXPECT_TRUE(_s->getMatrix().equals(m, 0.f));
+    EXPECT_EQ(live(_s), 1.f);
+    EXPECT_EQ(stored(_s), Ks({0.f, 1.f}));
+    EXPECT_EQ(entries(), std::vector<BitVector>{ SCT::MatrixFieldMask });
+}
+
+// Functors are found by exact type: the core registers the transform's intersect functors for
+// itself, so the line goes through the matrix of the chosen entry.
+TEST(SwitchComponentTransformType, IntersectActionGoesThroughTheChosenEntry)
+{
+    using namespace scenetest;
+    SCTPtr s = SwitchComponentTransform::create();
+    NodePtr root = groupNode(), xf = nodeWith(s);
+    Held hold(root);
+    addChild(root, xf);
+    // A unit square in z = 0, two triangles.
+    addChild(xf, nodeWith(triangleGeometry({ Pnt3f(0, 0, 0), Pnt3f(1, 0, 0), Pnt3f(1, 1, 0),
+                                             Pnt3f(0, 1, 0) },
+                                           { 0, 1, 2, 0, 2, 3 })));
+    // Entry 0: up by 2; entry 1: up by 5 and twice as large.
+    beginEditCP(s, ComponentTransform::TranslationFieldMask);
+    s->setTranslation(Vec3f(0, 0, 2));
+    endEditCP(s, ComponentTransform::TranslationFieldMask);
+    s->addComponent();
+    setChoice(s, 1);
     {
-        NodePtr node = Node::create();
-        addRefCP(node);
-        node->setCore(cores[expected]);
-        EXPECT_EQ(action->apply(node), Action::Continue);
-        EXPECT_EQ(transformEnters, expected);
-        subRefCP(node);
+        CPEditor edit(s, ComponentTransform::TranslationFieldMask | ComponentTransform::ScaleFieldMask);
+        s->setTranslation(Vec3f(0, 0, 5));
+        s->setScale(Vec3f(2, 2, 2));
     }
-    Action::registerEnterDefault(Transform::getClassType(), Action::Functor());
+
+    std::unique_ptr<IntersectAction> ia(
+        IntersectAction::create(Line(Pnt3f(1.5f, 1.5f, 10), Vec3f(0, 0, -1))));
+    ia->apply(root);
+    ASSERT_TRUE(ia->didHit());
+    EXPECT_NEAR(ia->getHitT(), 5.f, 1e-5f);
+    EXPECT_EQ(ia->getHitObject(), xf->getChild(0));
+
+    // Entry 0 is only a unit square: the same line misses it; one through it hits at z = 2.
+    setChoice(s, 0);
+    ia->apply(root);
+    EXPECT_FALSE(ia->didHit());
+    ia->setLine(Line(Pnt3f(0.5f, 0.5f, 10), Vec3f(0, 0, -1)));
+    ia->apply(root);
+    ASSERT_TRUE(ia->didHit());
+    EXPECT_NEAR(ia->getHitT(), 8.f, 1e-5f);
 }
 
 /*------------------------------ Euler angles ------------------------------*/

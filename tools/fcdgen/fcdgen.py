@@ -527,7 +527,8 @@ class Generator:
         o.append("    fillEveryField(source, 1);\n")
         o.append("    gentest::expectDescriptionsMatch(source);\n")
         o.append("    gentest::expectNonDefault(source, %s::createEmpty());\n" % t.name)
-        o.append("    gentest::expectBinaryRoundTrip(source, %s::createEmpty());\n" % t.name)
+        o.append("    gentest::expectBinaryRoundTrip(source, %s::createEmpty(), %s::createEmpty());\n"
+                 % (t.name, t.name))
         o.append("    gentest::expectSyncRoundTrip(source, %s::createEmpty());\n" % t.name)
         o.append("}\n")
         return "".join(o)

@@ -27,6 +27,6 @@ TEST(GeneratedChunkMaterial, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, ChunkMaterial::createEmpty());
-    gentest::expectBinaryRoundTrip(source, ChunkMaterial::createEmpty());
+    gentest::expectBinaryRoundTrip(source, ChunkMaterial::createEmpty(), ChunkMaterial::createEmpty());
     gentest::expectSyncRoundTrip(source, ChunkMaterial::createEmpty());
 }

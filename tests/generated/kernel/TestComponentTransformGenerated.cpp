@@ -31,6 +31,6 @@ TEST(GeneratedComponentTransform, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, ComponentTransform::createEmpty());
-    gentest::expectBinaryRoundTrip(source, ComponentTransform::createEmpty());
+    gentest::expectBinaryRoundTrip(source, ComponentTransform::createEmpty(), ComponentTransform::createEmpty());
     gentest::expectSyncRoundTrip(source, ComponentTransform::createEmpty());
 }

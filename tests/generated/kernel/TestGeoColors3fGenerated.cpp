@@ -25,6 +25,6 @@ TEST(GeneratedGeoColors3f, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, GeoColors3f::createEmpty());
-    gentest::expectBinaryRoundTrip(source, GeoColors3f::createEmpty());
+    gentest::expectBinaryRoundTrip(source, GeoColors3f::createEmpty(), GeoColors3f::createEmpty());
     gentest::expectSyncRoundTrip(source, GeoColors3f::createEmpty());
 }

@@ -25,6 +25,6 @@ TEST(GeneratedGeoColors3ub, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, GeoColors3ub::createEmpty());
-    gentest::expectBinaryRoundTrip(source, GeoColors3ub::createEmpty());
+    gentest::expectBinaryRoundTrip(source, GeoColors3ub::createEmpty(), GeoColors3ub::createEmpty());
     gentest::expectSyncRoundTrip(source, GeoColors3ub::createEmpty());
 }

@@ -25,6 +25,6 @@ TEST(GeneratedGeoColors4f, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, GeoColors4f::createEmpty());
-    gentest::expectBinaryRoundTrip(source, GeoColors4f::createEmpty());
+    gentest::expectBinaryRoundTrip(source, GeoColors4f::createEmpty(), GeoColors4f::createEmpty());
     gentest::expectSyncRoundTrip(source, GeoColors4f::createEmpty());
 }

@@ -25,6 +25,6 @@ TEST(GeneratedGeoColors4ub, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, GeoColors4ub::createEmpty());
-    gentest::expectBinaryRoundTrip(source, GeoColors4ub::createEmpty());
+    gentest::expectBinaryRoundTrip(source, GeoColors4ub::createEmpty(), GeoColors4ub::createEmpty());
     gentest::expectSyncRoundTrip(source, GeoColors4ub::createEmpty());
 }

@@ -25,6 +25,6 @@ TEST(GeneratedGeoIndicesUI16, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, GeoIndicesUI16::createEmpty());
-    gentest::expectBinaryRoundTrip(source, GeoIndicesUI16::createEmpty());
+    gentest::expectBinaryRoundTrip(source, GeoIndicesUI16::createEmpty(), GeoIndicesUI16::createEmpty());
     gentest::expectSyncRoundTrip(source, GeoIndicesUI16::createEmpty());
 }

@@ -25,6 +25,6 @@ TEST(GeneratedGeoIndicesUI32, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, GeoIndicesUI32::createEmpty());
-    gentest::expectBinaryRoundTrip(source, GeoIndicesUI32::createEmpty());
+    gentest::expectBinaryRoundTrip(source, GeoIndicesUI32::createEmpty(), GeoIndicesUI32::createEmpty());
     gentest::expectSyncRoundTrip(source, GeoIndicesUI32::createEmpty());
 }

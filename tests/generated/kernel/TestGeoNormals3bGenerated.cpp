@@ -25,6 +25,6 @@ TEST(GeneratedGeoNormals3b, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, GeoNormals3b::createEmpty());
-    gentest::expectBinaryRoundTrip(source, GeoNormals3b::createEmpty());
+    gentest::expectBinaryRoundTrip(source, GeoNormals3b::createEmpty(), GeoNormals3b::createEmpty());
     gentest::expectSyncRoundTrip(source, GeoNormals3b::createEmpty());
 }

@@ -25,6 +25,6 @@ TEST(GeneratedGeoNormals3f, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, GeoNormals3f::createEmpty());
-    gentest::expectBinaryRoundTrip(source, GeoNormals3f::createEmpty());
+    gentest::expectBinaryRoundTrip(source, GeoNormals3f::createEmpty(), GeoNormals3f::createEmpty());
     gentest::expectSyncRoundTrip(source, GeoNormals3f::createEmpty());
 }

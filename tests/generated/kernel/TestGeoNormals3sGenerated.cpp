@@ -25,6 +25,6 @@ TEST(GeneratedGeoNormals3s, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, GeoNormals3s::createEmpty());
-    gentest::expectBinaryRoundTrip(source, GeoNormals3s::createEmpty());
+    gentest::expectBinaryRoundTrip(source, GeoNormals3s::createEmpty(), GeoNormals3s::createEmpty());
     gentest::expectSyncRoundTrip(source, GeoNormals3s::createEmpty());
 }

@@ -25,6 +25,6 @@ TEST(GeneratedGeoPLengthsUI32, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, GeoPLengthsUI32::createEmpty());
-    gentest::expectBinaryRoundTrip(source, GeoPLengthsUI32::createEmpty());
+    gentest::expectBinaryRoundTrip(source, GeoPLengthsUI32::createEmpty(), GeoPLengthsUI32::createEmpty());
     gentest::expectSyncRoundTrip(source, GeoPLengthsUI32::createEmpty());
 }

@@ -25,6 +25,6 @@ TEST(GeneratedGeoPTypesUI8, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, GeoPTypesUI8::createEmpty());
-    gentest::expectBinaryRoundTrip(source, GeoPTypesUI8::createEmpty());
+    gentest::expectBinaryRoundTrip(source, GeoPTypesUI8::createEmpty(), GeoPTypesUI8::createEmpty());
     gentest::expectSyncRoundTrip(source, GeoPTypesUI8::createEmpty());
 }

@@ -25,6 +25,6 @@ TEST(GeneratedGeoPositions2f, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, GeoPositions2f::createEmpty());
-    gentest::expectBinaryRoundTrip(source, GeoPositions2f::createEmpty());
+    gentest::expectBinaryRoundTrip(source, GeoPositions2f::createEmpty(), GeoPositions2f::createEmpty());
     gentest::expectSyncRoundTrip(source, GeoPositions2f::createEmpty());
 }

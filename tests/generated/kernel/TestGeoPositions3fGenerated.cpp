@@ -25,6 +25,6 @@ TEST(GeneratedGeoPositions3f, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, GeoPositions3f::createEmpty());
-    gentest::expectBinaryRoundTrip(source, GeoPositions3f::createEmpty());
+    gentest::expectBinaryRoundTrip(source, GeoPositions3f::createEmpty(), GeoPositions3f::createEmpty());
     gentest::expectSyncRoundTrip(source, GeoPositions3f::createEmpty());
 }

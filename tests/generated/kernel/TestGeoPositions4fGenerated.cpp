@@ -25,6 +25,6 @@ TEST(GeneratedGeoPositions4f, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, GeoPositions4f::createEmpty());
-    gentest::expectBinaryRoundTrip(source, GeoPositions4f::createEmpty());
+    gentest::expectBinaryRoundTrip(source, GeoPositions4f::createEmpty(), GeoPositions4f::createEmpty());
     gentest::expectSyncRoundTrip(source, GeoPositions4f::createEmpty());
 }

@@ -25,6 +25,6 @@ TEST(GeneratedGeoTexCoords1f, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, GeoTexCoords1f::createEmpty());
-    gentest::expectBinaryRoundTrip(source, GeoTexCoords1f::createEmpty());
+    gentest::expectBinaryRoundTrip(source, GeoTexCoords1f::createEmpty(), GeoTexCoords1f::createEmpty());
     gentest::expectSyncRoundTrip(source, GeoTexCoords1f::createEmpty());
 }

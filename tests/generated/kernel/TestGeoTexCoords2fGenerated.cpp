@@ -25,6 +25,6 @@ TEST(GeneratedGeoTexCoords2f, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, GeoTexCoords2f::createEmpty());
-    gentest::expectBinaryRoundTrip(source, GeoTexCoords2f::createEmpty());
+    gentest::expectBinaryRoundTrip(source, GeoTexCoords2f::createEmpty(), GeoTexCoords2f::createEmpty());
     gentest::expectSyncRoundTrip(source, GeoTexCoords2f::createEmpty());
 }

@@ -25,6 +25,6 @@ TEST(GeneratedGeoTexCoords3f, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, GeoTexCoords3f::createEmpty());
-    gentest::expectBinaryRoundTrip(source, GeoTexCoords3f::createEmpty());
+    gentest::expectBinaryRoundTrip(source, GeoTexCoords3f::createEmpty(), GeoTexCoords3f::createEmpty());
     gentest::expectSyncRoundTrip(source, GeoTexCoords3f::createEmpty());
 }

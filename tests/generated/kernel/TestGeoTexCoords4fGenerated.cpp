@@ -25,6 +25,6 @@ TEST(GeneratedGeoTexCoords4f, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, GeoTexCoords4f::createEmpty());
-    gentest::expectBinaryRoundTrip(source, GeoTexCoords4f::createEmpty());
+    gentest::expectBinaryRoundTrip(source, GeoTexCoords4f::createEmpty(), GeoTexCoords4f::createEmpty());
     gentest::expectSyncRoundTrip(source, GeoTexCoords4f::createEmpty());
 }

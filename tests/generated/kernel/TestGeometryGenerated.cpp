@@ -58,6 +58,6 @@ TEST(GeneratedGeometry, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, Geometry::createEmpty());
-    gentest::expectBinaryRoundTrip(source, Geometry::createEmpty());
+    gentest::expectBinaryRoundTrip(source, Geometry::createEmpty(), Geometry::createEmpty());
     gentest::expectSyncRoundTrip(source, Geometry::createEmpty());
 }

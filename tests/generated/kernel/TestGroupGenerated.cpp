@@ -25,6 +25,6 @@ TEST(GeneratedGroup, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, Group::createEmpty());
-    gentest::expectBinaryRoundTrip(source, Group::createEmpty());
+    gentest::expectBinaryRoundTrip(source, Group::createEmpty(), Group::createEmpty());
     gentest::expectSyncRoundTrip(source, Group::createEmpty());
 }

@@ -26,6 +26,6 @@ TEST(GeneratedName, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, Name::createEmpty());
-    gentest::expectBinaryRoundTrip(source, Name::createEmpty());
+    gentest::expectBinaryRoundTrip(source, Name::createEmpty(), Name::createEmpty());
     gentest::expectSyncRoundTrip(source, Name::createEmpty());
 }

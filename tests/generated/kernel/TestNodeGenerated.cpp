@@ -32,6 +32,6 @@ TEST(GeneratedNode, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, Node::createEmpty());
-    gentest::expectBinaryRoundTrip(source, Node::createEmpty());
+    gentest::expectBinaryRoundTrip(source, Node::createEmpty(), Node::createEmpty());
     gentest::expectSyncRoundTrip(source, Node::createEmpty());
 }

@@ -37,6 +37,6 @@ TEST(GeneratedSHLChunk, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, SHLChunk::createEmpty());
-    gentest::expectBinaryRoundTrip(source, SHLChunk::createEmpty());
+    gentest::expectBinaryRoundTrip(source, SHLChunk::createEmpty(), SHLChunk::createEmpty());
     gentest::expectSyncRoundTrip(source, SHLChunk::createEmpty());
 }

@@ -25,6 +25,6 @@ TEST(GeneratedShaderParameterBool, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, ShaderParameterBool::createEmpty());
-    gentest::expectBinaryRoundTrip(source, ShaderParameterBool::createEmpty());
+    gentest::expectBinaryRoundTrip(source, ShaderParameterBool::createEmpty(), ShaderParameterBool::createEmpty());
     gentest::expectSyncRoundTrip(source, ShaderParameterBool::createEmpty());
 }

@@ -25,6 +25,6 @@ TEST(GeneratedShaderParameterInt, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, ShaderParameterInt::createEmpty());
-    gentest::expectBinaryRoundTrip(source, ShaderParameterInt::createEmpty());
+    gentest::expectBinaryRoundTrip(source, ShaderParameterInt::createEmpty(), ShaderParameterInt::createEmpty());
     gentest::expectSyncRoundTrip(source, ShaderParameterInt::createEmpty());
 }

@@ -25,6 +25,6 @@ TEST(GeneratedShaderParameterMInt, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, ShaderParameterMInt::createEmpty());
-    gentest::expectBinaryRoundTrip(source, ShaderParameterMInt::createEmpty());
+    gentest::expectBinaryRoundTrip(source, ShaderParameterMInt::createEmpty(), ShaderParameterMInt::createEmpty());
     gentest::expectSyncRoundTrip(source, ShaderParameterMInt::createEmpty());
 }

@@ -25,6 +25,6 @@ TEST(GeneratedShaderParameterMMatrix, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, ShaderParameterMMatrix::createEmpty());
-    gentest::expectBinaryRoundTrip(source, ShaderParameterMMatrix::createEmpty());
+    gentest::expectBinaryRoundTrip(source, ShaderParameterMMatrix::createEmpty(), ShaderParameterMMatrix::createEmpty());
     gentest::expectSyncRoundTrip(source, ShaderParameterMMatrix::createEmpty());
 }

@@ -25,6 +25,6 @@ TEST(GeneratedShaderParameterMReal, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, ShaderParameterMReal::createEmpty());
-    gentest::expectBinaryRoundTrip(source, ShaderParameterMReal::createEmpty());
+    gentest::expectBinaryRoundTrip(source, ShaderParameterMReal::createEmpty(), ShaderParameterMReal::createEmpty());
     gentest::expectSyncRoundTrip(source, ShaderParameterMReal::createEmpty());
 }

@@ -25,6 +25,6 @@ TEST(GeneratedShaderParameterMVec2f, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, ShaderParameterMVec2f::createEmpty());
-    gentest::expectBinaryRoundTrip(source, ShaderParameterMVec2f::createEmpty());
+    gentest::expectBinaryRoundTrip(source, ShaderParameterMVec2f::createEmpty(), ShaderParameterMVec2f::createEmpty());
     gentest::expectSyncRoundTrip(source, ShaderParameterMVec2f::createEmpty());
 }

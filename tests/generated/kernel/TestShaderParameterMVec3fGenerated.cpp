@@ -25,6 +25,6 @@ TEST(GeneratedShaderParameterMVec3f, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, ShaderParameterMVec3f::createEmpty());
-    gentest::expectBinaryRoundTrip(source, ShaderParameterMVec3f::createEmpty());
+    gentest::expectBinaryRoundTrip(source, ShaderParameterMVec3f::createEmpty(), ShaderParameterMVec3f::createEmpty());
     gentest::expectSyncRoundTrip(source, ShaderParameterMVec3f::createEmpty());
 }

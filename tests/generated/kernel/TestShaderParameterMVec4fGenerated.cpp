@@ -25,6 +25,6 @@ TEST(GeneratedShaderParameterMVec4f, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, ShaderParameterMVec4f::createEmpty());
-    gentest::expectBinaryRoundTrip(source, ShaderParameterMVec4f::createEmpty());
+    gentest::expectBinaryRoundTrip(source, ShaderParameterMVec4f::createEmpty(), ShaderParameterMVec4f::createEmpty());
     gentest::expectSyncRoundTrip(source, ShaderParameterMVec4f::createEmpty());
 }

@@ -25,6 +25,6 @@ TEST(GeneratedShaderParameterMatrix, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, ShaderParameterMatrix::createEmpty());
-    gentest::expectBinaryRoundTrip(source, ShaderParameterMatrix::createEmpty());
+    gentest::expectBinaryRoundTrip(source, ShaderParameterMatrix::createEmpty(), ShaderParameterMatrix::createEmpty());
     gentest::expectSyncRoundTrip(source, ShaderParameterMatrix::createEmpty());
 }

@@ -25,6 +25,6 @@ TEST(GeneratedShaderParameterReal, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, ShaderParameterReal::createEmpty());
-    gentest::expectBinaryRoundTrip(source, ShaderParameterReal::createEmpty());
+    gentest::expectBinaryRoundTrip(source, ShaderParameterReal::createEmpty(), ShaderParameterReal::createEmpty());
     gentest::expectSyncRoundTrip(source, ShaderParameterReal::createEmpty());
 }

@@ -25,6 +25,6 @@ TEST(GeneratedShaderParameterVec2f, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, ShaderParameterVec2f::createEmpty());
-    gentest::expectBinaryRoundTrip(source, ShaderParameterVec2f::createEmpty());
+    gentest::expectBinaryRoundTrip(source, ShaderParameterVec2f::createEmpty(), ShaderParameterVec2f::createEmpty());
     gentest::expectSyncRoundTrip(source, ShaderParameterVec2f::createEmpty());
 }

@@ -25,6 +25,6 @@ TEST(GeneratedShaderParameterVec3f, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, ShaderParameterVec3f::createEmpty());
-    gentest::expectBinaryRoundTrip(source, ShaderParameterVec3f::createEmpty());
+    gentest::expectBinaryRoundTrip(source, ShaderParameterVec3f::createEmpty(), ShaderParameterVec3f::createEmpty());
     gentest::expectSyncRoundTrip(source, ShaderParameterVec3f::createEmpty());
 }

@@ -25,6 +25,6 @@ TEST(GeneratedShaderParameterVec4f, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, ShaderParameterVec4f::createEmpty());
-    gentest::expectBinaryRoundTrip(source, ShaderParameterVec4f::createEmpty());
+    gentest::expectBinaryRoundTrip(source, ShaderParameterVec4f::createEmpty(), ShaderParameterVec4f::createEmpty());
     gentest::expectSyncRoundTrip(source, ShaderParameterVec4f::createEmpty());
 }

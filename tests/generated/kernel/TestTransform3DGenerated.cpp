@@ -36,6 +36,6 @@ TEST(GeneratedTransform3D, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, Transform3D::createEmpty());
-    gentest::expectBinaryRoundTrip(source, Transform3D::createEmpty());
+    gentest::expectBinaryRoundTrip(source, Transform3D::createEmpty(), Transform3D::createEmpty());
     gentest::expectSyncRoundTrip(source, Transform3D::createEmpty());
 }

@@ -26,6 +26,6 @@ TEST(GeneratedTransform, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, Transform::createEmpty());
-    gentest::expectBinaryRoundTrip(source, Transform::createEmpty());
+    gentest::expectBinaryRoundTrip(source, Transform::createEmpty(), Transform::createEmpty());
     gentest::expectSyncRoundTrip(source, Transform::createEmpty());
 }

@@ -31,6 +31,6 @@ TEST(GeneratedComponentTransformExtended, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, ComponentTransformExtended::createEmpty());
-    gentest::expectBinaryRoundTrip(source, ComponentTransformExtended::createEmpty());
+    gentest::expectBinaryRoundTrip(source, ComponentTransformExtended::createEmpty(), ComponentTransformExtended::createEmpty());
     gentest::expectSyncRoundTrip(source, ComponentTransformExtended::createEmpty());
 }

@@ -29,6 +29,6 @@ TEST(GeneratedTagAttachment, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, TagAttachment::createEmpty());
-    gentest::expectBinaryRoundTrip(source, TagAttachment::createEmpty());
+    gentest::expectBinaryRoundTrip(source, TagAttachment::createEmpty(), TagAttachment::createEmpty());
     gentest::expectSyncRoundTrip(source, TagAttachment::createEmpty());
 }

@@ -26,6 +26,6 @@ TEST(GeneratedValuePair, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, ValuePair::createEmpty());
-    gentest::expectBinaryRoundTrip(source, ValuePair::createEmpty());
+    gentest::expectBinaryRoundTrip(source, ValuePair::createEmpty(), ValuePair::createEmpty());
     gentest::expectSyncRoundTrip(source, ValuePair::createEmpty());
 }

@@ -37,6 +37,6 @@ TEST(GeneratedSwitchComponentTransform, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, SwitchComponentTransform::createEmpty());
-    gentest::expectBinaryRoundTrip(source, SwitchComponentTransform::createEmpty());
+    gentest::expectBinaryRoundTrip(source, SwitchComponentTransform::createEmpty(), SwitchComponentTransform::createEmpty());
     gentest::expectSyncRoundTrip(source, SwitchComponentTransform::createEmpty());
 }

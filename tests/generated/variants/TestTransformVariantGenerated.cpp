@@ -26,6 +26,6 @@ TEST(GeneratedTransformVariant, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, TransformVariant::createEmpty());
-    gentest::expectBinaryRoundTrip(source, TransformVariant::createEmpty());
+    gentest::expectBinaryRoundTrip(source, TransformVariant::createEmpty(), TransformVariant::createEmpty());
     gentest::expectSyncRoundTrip(source, TransformVariant::createEmpty());
 }

@@ -26,6 +26,6 @@ TEST(GeneratedTransformVariantsAttachment, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, TransformVariantsAttachment::createEmpty());
-    gentest::expectBinaryRoundTrip(source, TransformVariantsAttachment::createEmpty());
+    gentest::expectBinaryRoundTrip(source, TransformVariantsAttachment::createEmpty(), TransformVariantsAttachment::createEmpty());
     gentest::expectSyncRoundTrip(source, TransformVariantsAttachment::createEmpty());
 }
