@@ -6,6 +6,7 @@
 #include <OpenSGExt/OSGAnimCurve.h>
 #include <OpenSGExt/OSGAnimNode.h>
 
+#include <OpenSG/OSGRefPtr.h>
 #include <OpenSG/OSGChangeList.h>
 
 #include <array>
@@ -14,17 +15,6 @@
 namespace animtest {
 
 using namespace osg;
-
-class Held
-{
-  public:
-    explicit Held(FieldContainerPtr fc) : _fc(fc) { addRefCP(_fc); }
-    ~Held() { subRefCP(_fc); }
-    Held(const Held &) = delete;
-    Held &operator=(const Held &) = delete;
-  private:
-    FieldContainerPtr _fc;
-};
 
 inline std::vector<CCPnt> keysAt(const std::vector<std::array<double, 2>> &pts, UInt32 inType,
                                  UInt32 outType)

@@ -10,6 +10,7 @@
 #include <OpenSGExt/OSGVertexAnimCurves.h>
 #include <OpenSGExt/NodeUtils.h>
 
+#include <OpenSG/OSGRefPtr.h>
 #include <OpenSG/OSGBaseFunctions.h>
 #include <OpenSG/OSGBinaryDataHandler.h>
 #include <OpenSG/OSGFieldContainerFactory.h>
@@ -136,12 +137,12 @@ TEST_F(AttachmentTest, WarningsWithoutRootOrChild)
 {
     AnimAttachmentPtr bare = AnimAttachmentPtr::dcast(
         AnimAttachment::getClassType().getPrototype()->shallowCopy());
-    Held h(bare);
+    RefPtr<FieldContainerPtr> h(bare);
     beginEditCP(bare, AnimAttachment::AnimationRootFieldMask);
     bare->setAnimationRoot(NullFC);
     endEditCP(bare, AnimAttachment::AnimationRootFieldMask);
     AnimNodePtr anim = animWith(AnimCurve::create());
-    Held        ha(anim);
+    RefPtr<FieldContainerPtr>        ha(anim);
 
     LogCapture log;
     bare->addAnimation(anim);
@@ -166,7 +167,7 @@ TEST_F(AttachmentTest, WarningsWithoutRootOrChild)
 TEST_F(AttachmentTest, TransferMovesEverythingSilently)
 {
     AnimAttachmentPtr other = AnimAttachment::create();
-    Held              h(other);
+    RefPtr<FieldContainerPtr>              h(other);
     AnimNodePtr       a = animWith(AnimCurve::create());
     AnimNodePtr       b = animWith(AnimBlock::create(), true);
     _att->addAnimation(a);
@@ -185,7 +186,7 @@ TEST_F(AttachmentTest, TransferMovesEverythingSilently)
     other->transferAnimationsTo(other);
     AnimAttachmentPtr bare = AnimAttachmentPtr::dcast(
         AnimAttachment::getClassType().getPrototype()->shallowCopy());
-    Held hb(bare);
+    RefPtr<FieldContainerPtr> hb(bare);
     beginEditCP(bare, AnimAttachment::AnimationRootFieldMask);
     bare->setAnimationRoot(NullFC);
     endEditCP(bare, AnimAttachment::AnimationRootFieldMask);

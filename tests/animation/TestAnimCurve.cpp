@@ -6,6 +6,7 @@
 
 #include <OpenSGExt/OSGAnimObject.h>
 
+#include <OpenSG/OSGRefPtr.h>
 #include <OpenSG/OSGBaseFunctions.h>
 #include <OpenSG/OSGBinaryDataHandler.h>
 #include <OpenSG/OSGBoxVolume.h>
@@ -137,7 +138,7 @@ TEST_F(AnimCurveTest, VerifySortsDeduplicatesAndRetangents)
 
     // Empty and non-finite curves are left alone.
     AnimCurvePtr bad = AnimCurve::create();
-    Held         h(bad);
+    RefPtr<FieldContainerPtr>         h(bad);
     bad->verify(true, true, true);
     bad->addPointSimple(Pnt2f(2.f, 0.f));
     bad->addPointSimple(Pnt2f(NaN, 0.f));
@@ -216,7 +217,7 @@ TEST_F(AnimCurveTest, ClearConstantComparesNeighbours)
 TEST_F(AnimCurveTest, VolumeIsTheKeysInTheXZPlane)
 {
     NodePtr node = Node::create();
-    Held    h(node);
+    RefPtr<FieldContainerPtr>    h(node);
     beginEditCP(node, Node::CoreFieldMask);
     node->setCore(_curve);
     endEditCP(node, Node::CoreFieldMask);
@@ -272,7 +273,7 @@ TEST(CCPntBinary, GoldenBytes)
 TEST(CCPntBinary, SmallCurveRecordAndLyingCount)
 {
     AnimCurvePtr c = AnimCurve::create();
-    Held         h(c);
+    RefPtr<FieldContainerPtr>         h(c);
     c->setName("ab");
     c->editMFControlPoints()->push_back(CCPnt(Pnt2f(0.f, 1.f), Z, Vec2f(0.25f, 0.f), 0, 1));
     const BitVector mask = AnimCurve::NameFieldMask | AnimCurve::ControlPointsFieldMask;
@@ -287,7 +288,7 @@ TEST(CCPntBinary, SmallCurveRecordAndLyingCount)
     EXPECT_EQ(c->getBinSize(mask), expected.size());
 
     AnimCurvePtr back = AnimCurve::create();
-    Held         hb(back);
+    RefPtr<FieldContainerPtr>         hb(back);
     MemoryBinaryDataHandler in(expected.data(), expected.size());
     back->copyFromBin(in, mask);
     EXPECT_EQ(back->getName(), "ab");
@@ -298,7 +299,7 @@ TEST(CCPntBinary, SmallCurveRecordAndLyingCount)
     Bytes lying = expected;
     lying[10] = 200;
     AnimCurvePtr third = AnimCurve::create();
-    Held         ht(third);
+    RefPtr<FieldContainerPtr>         ht(third);
     third->setName("keep");
     LogCapture quiet;
     MemoryBinaryDataHandler bad(lying.data(), lying.size());

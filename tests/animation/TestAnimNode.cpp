@@ -9,6 +9,7 @@
 #include <OpenSGExt/OSGVertexAnimCurves.h>
 #include <OpenSGExt/NodeUtils.h>
 
+#include <OpenSG/OSGRefPtr.h>
 #include <OpenSG/OSGBaseFunctions.h>
 #include <OpenSG/OSGGroup.h>
 #include <OpenSG/OSGLog.h>
@@ -96,7 +97,7 @@ TEST_F(TreeTest, FieldIds)
     EXPECT_EQ(UInt32(AnimNode::OffsetFieldId), 10u);
     EXPECT_EQ(UInt32(AnimNode::LastEvaluationTimeFieldId), 25u);
     AnimNodePtr fresh = AnimNode::create();
-    Held        h(fresh);
+    RefPtr<FieldContainerPtr>        h(fresh);
     EXPECT_TRUE(fresh->getMotionBlur());
     EXPECT_EQ(fresh->getScale(), 1.f);
     EXPECT_FALSE(fresh->getHidden());
@@ -129,7 +130,7 @@ TEST_F(TreeTest, ScaleBySetsOwnScaleAndPushesDescendantsFirst)
 
     // A vertex-animation core scales its own node in place about the pivot.
     AnimNodePtr v = animNode(VertexAnimCurves::create(), Vec2f(3.f, 7.f), 2.f);
-    Held        h(v);
+    RefPtr<FieldContainerPtr>        h(v);
     v->scaleBy(0.5f, 1.f);
     EXPECT_EQ(v->getScale(), 1.f);
     EXPECT_EQ(v->getOffset(), Vec2f(2.f, 7.f));
@@ -153,7 +154,7 @@ TEST_F(TreeTest, FlipMirrorsAboutTheWorldBounds)
 
     // Without keys or with negative postCycles nothing changes.
     AnimNodePtr empty = animNode(AnimCurve::create(), Vec2f(1.f, 0.f), 1.f);
-    Held        h(empty);
+    RefPtr<FieldContainerPtr>        h(empty);
     empty->flip();
     EXPECT_EQ(empty->getScale(), 1.f);
     R->setPostCycles(-1);
@@ -197,7 +198,7 @@ TEST_F(TreeTest, NonFiniteArgumentsRefused)
 TEST(AnimNodeCallbacks, RegistrationLifetimeAndOnce)
 {
     AnimNodePtr node = AnimNode::create();
-    Held        h(node);
+    RefPtr<FieldContainerPtr>        h(node);
     node->finishedAnimation();   // never registered: nothing happens
     node->unregisterSingleCallFinishedAnimationCallbacks();
     EXPECT_EQ(node->getNumFinishedAnimationCallbacks(), 0u);
@@ -237,14 +238,14 @@ TEST(AnimNodeCallbacks, RegistrationLifetimeAndOnce)
     // Copies do not carry the list.
     node->registerFinishedAnimationCallback(f, false);
     AnimNodePtr copy = AnimNodePtr::dcast(node->shallowCopy());
-    Held        hc(copy);
+    RefPtr<FieldContainerPtr>        hc(copy);
     EXPECT_EQ(copy->getNumFinishedAnimationCallbacks(), 0u);
 }
 
 TEST(AnimNodeCallbacks, ReentrancyAndEmptyCallable)
 {
     AnimNodePtr node = AnimNode::create();
-    Held        h(node);
+    RefPtr<FieldContainerPtr>        h(node);
     std::string log;
     AnimNode::CallbackPtr b, late;
     b    = std::make_shared<std::function<void()>>([&log] { log += "b"; });
@@ -290,7 +291,7 @@ TEST_F(TreeTest, CloneSharesCoresAndCopiesTheListedFields)
     R->setAccumulatedParentOffset(Vec2f(1.f, 1.f));
 
     AnimNodePtr c = cloneAnimTree(R, false);
-    Held        h(c);
+    RefPtr<FieldContainerPtr>        h(c);
     ASSERT_EQ(c->getNChildren(), 2u);
     EXPECT_EQ(c->getCore(), R->getCore());
     EXPECT_FALSE(c->getPlaying());
@@ -309,17 +310,17 @@ TEST_F(TreeTest, CloneSharesCoresAndCopiesTheListedFields)
     EXPECT_EQ(ca->getChild(0)->getCore(), A1->getCore());
 
     AnimNodePtr withAll = cloneAnimTree(R, true);
-    Held        hw(withAll);
+    RefPtr<FieldContainerPtr>        hw(withAll);
     EXPECT_EQ(withAll->findAttachment(Name::getClassType()), R->findAttachment(Name::getClassType()));
 
     // A plain node root still gives an AnimNode.
     NodePtr plain = Node::create();
-    Held    hp(plain);
+    RefPtr<FieldContainerPtr>    hp(plain);
     beginEditCP(plain);
     plain->setCore(A->getCore());
     endEditCP(plain);
     AnimNodePtr fromPlain = cloneAnimTree(plain, true);
-    Held        hf(fromPlain);
+    RefPtr<FieldContainerPtr>        hf(fromPlain);
     ASSERT_NE(fromPlain, NullFC);
     EXPECT_EQ(fromPlain->getCore(), A->getCore());
     EXPECT_EQ(cloneAnimTree(NullFC, true), NullFC);
@@ -332,7 +333,7 @@ TEST_F(TreeTest, DeepCloneAndUnshare)
     B->setCore(A->getCore());
     endEditCP(B, Node::CoreFieldMask);
     AnimNodePtr d = deepCloneAnimTree(R, "");
-    Held        h(d);
+    RefPtr<FieldContainerPtr>        h(d);
     NodeCorePtr da = d->getChild(0)->getCore(), db = d->getChild(1)->getCore();
     EXPECT_NE(da, A->getCore());
     EXPECT_EQ(da, db);
@@ -340,7 +341,7 @@ TEST_F(TreeTest, DeepCloneAndUnshare)
     EXPECT_EQ(AnimNodePtr::dcast(d->getChild(0))->getOffset(), Vec2f(1.f, 0.5f));
 
     AnimNodePtr shared = deepCloneAnimTree(R, std::vector<std::string>{ "AnimObject" });
-    Held        hs(shared);
+    RefPtr<FieldContainerPtr>        hs(shared);
     EXPECT_EQ(shared->getChild(0)->getCore(), A->getCore());
 
     // unshareTree: listed types stay shared; otherwise each node ends with a core of its own.
@@ -369,10 +370,10 @@ TEST_F(TreeTest, CyclesFromFilesStopAtTheRepeat)
     Pnt3f lo, hi;
     EXPECT_TRUE(R->getBounds(lo, hi));
     AnimNodePtr c = cloneAnimTree(R, true);
-    Held        h(c);
+    RefPtr<FieldContainerPtr>        h(c);
     EXPECT_EQ(c->getChild(0)->getChild(0)->getNChildren(), 0u);
     AnimNodePtr d = deepCloneAnimTree(R, "");
-    Held        hd(d);
+    RefPtr<FieldContainerPtr>        hd(d);
     R->unshareTree("");
     A1->editMFChildren()->clear();
 }

@@ -4,6 +4,7 @@
 #include <OpenSGExt/OSGImageCacheItem.h>
 #include <OpenSGExt/OSGImageScaler.h>
 
+#include <OpenSG/OSGRefPtr.h>
 #include <OpenSG/OSGFieldContainerFactory.h>
 #include <OpenSG/OSGLog.h>
 
@@ -16,13 +17,6 @@ using namespace osg;
 using skUtils::ImageGenericFilter;
 
 namespace {
-
-struct Held
-{
-    ImagePtr img;
-    explicit Held(ImagePtr i = Image::create()) : img(i) { if(img != NullFC) addRefCP(img); }
-    ~Held() { if(img != NullFC) subRefCP(img); }
-};
 
 template <class T>
 void setAll(ImagePtr img, UInt32 frame, UInt32 side, T value)
@@ -45,23 +39,23 @@ bool allEqual(ImagePtr img, UInt32 level, UInt32 frame, UInt32 side, T value)
 template <class T>
 void checkType(Int32 type, T value, T rampStep)
     {
-        Held src;
-        ASSERT_TRUE(src.img->set(Image::OSG_L_PF, 6, 4, 1, 1, 1, 0.0, NULL, type));
-        setAll<T>(src.img, 0, 0, value);
-        Held dst;
-        ImagePtr d = dst.img;
-        EXPECT_TRUE(ImageScaler::scale(src.img, d, 13, 9, 1, ImageGenericFilter(ImageGenericFilter::MitchellNetravali)));
+        RefPtr<ImagePtr> src(Image::create());
+        ASSERT_TRUE(src.get()->set(Image::OSG_L_PF, 6, 4, 1, 1, 1, 0.0, NULL, type));
+        setAll<T>(src.get(), 0, 0, value);
+        RefPtr<ImagePtr> dst(Image::create());
+        ImagePtr d = dst.get();
+        EXPECT_TRUE(ImageScaler::scale(src.get(), d, 13, 9, 1, ImageGenericFilter(ImageGenericFilter::MitchellNetravali)));
         EXPECT_EQ(d->getDataType(), type);
         const T *p = reinterpret_cast<const T *>(d->getData());
         for(int i = 0; i < 13 * 9; ++i)
             EXPECT_NEAR(float(p[i]), float(value), float(value) * 1e-3f) << type;
 
         // A horizontal ramp 0, s, 2s, ... halved with the box filter: pair averages.
-        T *s = reinterpret_cast<T *>(src.img->editData());
+        T *s = reinterpret_cast<T *>(src.get()->editData());
         for(int y = 0; y < 4; ++y)
             for(int x = 0; x < 6; ++x)
                 s[y * 6 + x] = T(float(rampStep) * float(x));
-        EXPECT_TRUE(ImageScaler::scale(src.img, d, 3, 2, 1, ImageGenericFilter(ImageGenericFilter::Box)));
+        EXPECT_TRUE(ImageScaler::scale(src.get(), d, 3, 2, 1, ImageGenericFilter(ImageGenericFilter::Box)));
         p = reinterpret_cast<const T *>(d->getData());
         for(int y = 0; y < 2; ++y)
             for(int x = 0; x < 3; ++x)
@@ -72,17 +66,17 @@ void checkType(Int32 type, T value, T rampStep)
 
 TEST(ScalerImage, SixSidesThreeFramesKeepTheirPlaces)
 {
-    Held src;
-    ASSERT_TRUE(src.img->set(Image::OSG_RGBA_PF, 8, 8, 1, 1, 3, 0.5, NULL, Image::OSG_UINT8_IMAGEDATA,
+    RefPtr<ImagePtr> src(Image::create());
+    ASSERT_TRUE(src.get()->set(Image::OSG_RGBA_PF, 8, 8, 1, 1, 3, 0.5, NULL, Image::OSG_UINT8_IMAGEDATA,
                              true, 6));
     for(UInt32 side = 0; side < 6; ++side)
         for(UInt32 frame = 0; frame < 3; ++frame)
-            setAll<UInt8>(src.img, frame, side, UInt8(10 * side + frame + 1));
+            setAll<UInt8>(src.get(), frame, side, UInt8(10 * side + frame + 1));
 
     ImagePtr dst = NullFC;
-    ASSERT_TRUE(ImageScaler::scale(src.img, dst, 5, 3, 1, ImageGenericFilter(ImageGenericFilter::Lanczos3)));
+    ASSERT_TRUE(ImageScaler::scale(src.get(), dst, 5, 3, 1, ImageGenericFilter(ImageGenericFilter::Lanczos3)));
     ASSERT_NE(dst, NullFC);   // a null destination receives a new image
-    Held owner(dst);
+    RefPtr<ImagePtr> owner(dst);
     EXPECT_EQ(dst->getWidth(), 5);
     EXPECT_EQ(dst->getHeight(), 3);
     EXPECT_EQ(dst->getFrameCount(), 3);
@@ -107,13 +101,13 @@ TEST(ScalerImage, EveryScalableTypeOnConstantAndRampImages)
 
 TEST(ScalerImage, MipmappedSourcesGiveAFullChain)
 {
-    Held src;
-    ASSERT_TRUE(src.img->set(Image::OSG_RGB_PF, 16, 16, 1, 5, 2, 0.0, NULL, Image::OSG_FLOAT32_IMAGEDATA));
+    RefPtr<ImagePtr> src(Image::create());
+    ASSERT_TRUE(src.get()->set(Image::OSG_RGB_PF, 16, 16, 1, 5, 2, 0.0, NULL, Image::OSG_FLOAT32_IMAGEDATA));
     for(UInt32 f = 0; f < 2; ++f)
-        setAll<Real32>(src.img, f, 0, 0.25f + f);
-    Held dst;
-    ImagePtr d = dst.img;
-    ASSERT_TRUE(ImageScaler::scale(src.img, d, 20, 6, 1, ImageGenericFilter(ImageGenericFilter::Bilinear)));
+        setAll<Real32>(src.get(), f, 0, 0.25f + f);
+    RefPtr<ImagePtr> dst(Image::create());
+    ImagePtr d = dst.get();
+    ASSERT_TRUE(ImageScaler::scale(src.get(), d, 20, 6, 1, ImageGenericFilter(ImageGenericFilter::Bilinear)));
     // 20 x 6 down to 1 x 1 is five levels: 20x6, 10x3, 5x1, 2x1, 1x1.
     EXPECT_EQ(d->getMipMapCount(), 5);
     for(UInt32 f = 0; f < 2; ++f)
@@ -123,14 +117,15 @@ TEST(ScalerImage, MipmappedSourcesGiveAFullChain)
 
 TEST(ScalerImage, RefusedCasesLeaveTheDestinationAlone)
 {
-    Held src, dst;
-    ASSERT_TRUE(src.img->set(Image::OSG_L_PF, 4, 4, 1, 1, 1, 0.0, NULL, Image::OSG_INT16_IMAGEDATA));
-    ASSERT_TRUE(dst.img->set(Image::OSG_L_PF, 2, 1));
-    dst.img->editData()[0] = 42;
-    ImagePtr d = dst.img;
+    RefPtr<ImagePtr> src(Image::create());
+    RefPtr<ImagePtr> dst(Image::create());
+    ASSERT_TRUE(src.get()->set(Image::OSG_L_PF, 4, 4, 1, 1, 1, 0.0, NULL, Image::OSG_INT16_IMAGEDATA));
+    ASSERT_TRUE(dst.get()->set(Image::OSG_L_PF, 2, 1));
+    dst.get()->editData()[0] = 42;
+    ImagePtr d = dst.get();
     {
         LogCapture log;
-        EXPECT_FALSE(ImageScaler::scale(src.img, d, 2, 2, 1, ImageGenericFilter()));
+        EXPECT_FALSE(ImageScaler::scale(src.get(), d, 2, 2, 1, ImageGenericFilter()));
         EXPECT_TRUE(log.contains("PixelType not scalable"));
     }
     EXPECT_EQ(d->getWidth(), 2);
@@ -140,20 +135,20 @@ TEST(ScalerImage, RefusedCasesLeaveTheDestinationAlone)
     EXPECT_FALSE(ImageScaler::scale(NullFC, none, 2, 2, 1, ImageGenericFilter()));
     EXPECT_EQ(none, NullFC);
 
-    ASSERT_TRUE(src.img->set(Image::OSG_L_PF, 4, 4, 1, 1, 1, 0.0, NULL, Image::OSG_UINT8_IMAGEDATA));
+    ASSERT_TRUE(src.get()->set(Image::OSG_L_PF, 4, 4, 1, 1, 1, 0.0, NULL, Image::OSG_UINT8_IMAGEDATA));
     {
         LogCapture log;
-        EXPECT_FALSE(ImageScaler::scale(src.img, d, 70000, 70000, 1, ImageGenericFilter()));
+        EXPECT_FALSE(ImageScaler::scale(src.get(), d, 70000, 70000, 1, ImageGenericFilter()));
         EXPECT_TRUE(log.contains("Unable to set image format"));
-        EXPECT_FALSE(ImageScaler::scale(src.img, d, 0, 3, 1, ImageGenericFilter()));
+        EXPECT_FALSE(ImageScaler::scale(src.get(), d, 0, 3, 1, ImageGenericFilter()));
     }
 
     // Onto itself: reads from a copy of the source.
-    setAll<UInt8>(src.img, 0, 0, 99);
-    ImagePtr self = src.img;
-    ASSERT_TRUE(ImageScaler::scale(src.img, self, 9, 2, 1, ImageGenericFilter()));
-    EXPECT_EQ(src.img->getWidth(), 9);
-    EXPECT_TRUE(allEqual<UInt8>(src.img, 0, 0, 0, UInt8(99)));
+    setAll<UInt8>(src.get(), 0, 0, 99);
+    ImagePtr self = src.get();
+    ASSERT_TRUE(ImageScaler::scale(src.get(), self, 9, 2, 1, ImageGenericFilter()));
+    EXPECT_EQ(src.get()->getWidth(), 9);
+    EXPECT_TRUE(allEqual<UInt8>(src.get(), 0, 0, 0, UInt8(99)));
 }
 
 TEST(ScalerImage, CacheItemPairsAKeyWithAnImage)
@@ -164,12 +159,12 @@ TEST(ScalerImage, CacheItemPairsAKeyWithAnImage)
     addRefCP(item);
     EXPECT_EQ(item->getId(), "");
     EXPECT_EQ(item->getImage(), NullFC);
-    Held img;
+    RefPtr<ImagePtr> img(Image::create());
     beginEditCP(item);
     item->setId("textures/wood.png");
-    item->setImage(img.img);
+    item->setImage(img.get());
     endEditCP(item);
-    EXPECT_EQ(item->getImage(), img.img);
+    EXPECT_EQ(item->getImage(), img.get());
     EXPECT_EQ(ImageCacheItem::getClassType().getParent()->getName(), std::string("AttachmentContainer"));
 
     ::testing::internal::CaptureStdout();

@@ -4,6 +4,7 @@
 #include <OpenSGExt/OSGIFFImageFileType.h>
 #include <OpenSGExt/OSGYIFImageFileType.h>
 
+#include <OpenSG/OSGRefPtr.h>
 #include <OpenSG/OSGImageFileHandler.h>
 #include <OpenSG/OSGLog.h>
 
@@ -24,6 +25,13 @@ namespace fs = std::filesystem;
 
 namespace {
 
+// read() takes the image pointer by reference, as OpenSG's does.
+template <class T>
+T &lvalue(T &&value)
+{
+    return value;
+}
+
 struct TempDir
 {
     fs::path path;
@@ -35,13 +43,6 @@ struct TempDir
     }
     ~TempDir() { fs::remove_all(path); }
     std::string operator/(const std::string &name) const { return (path / name).string(); }
-};
-
-struct Held
-{
-    ImagePtr img;
-    Held() : img(Image::create()) { addRefCP(img); }
-    ~Held() { subRefCP(img); }
 };
 
 // Every byte distinct enough that a misplaced frame, side or level shows.
@@ -103,36 +104,37 @@ TEST(YIFImageFile, RoundTripsEveryLayoutExactly)
     };
     for(const Case &c : cases)
     {
-        Held src, back;
-        ASSERT_TRUE(src.img->set(c.format, c.w, c.h, c.d, c.mips, c.frames, c.delay, NULL, c.type,
+        RefPtr<ImagePtr> src(Image::create());
+        RefPtr<ImagePtr> back(Image::create());
+        ASSERT_TRUE(src.get()->set(c.format, c.w, c.h, c.d, c.mips, c.frames, c.delay, NULL, c.type,
                                  true, c.sides));
-        fill(src.img);
+        fill(src.get());
         std::string path = dir / "round.yif";
-        ASSERT_TRUE(ImageFileHandler::the().write(src.img, path.c_str()));
-        EXPECT_EQ(fs::file_size(path), 96u + src.img->getSize());
-        ASSERT_TRUE(ImageFileHandler::the().read(back.img, path.c_str()));
-        EXPECT_TRUE(sameImage(src.img, back.img)) << c.w << "x" << c.h << " type " << c.type;
+        ASSERT_TRUE(ImageFileHandler::the().write(src.get(), path.c_str()));
+        EXPECT_EQ(fs::file_size(path), 96u + src.get()->getSize());
+        ASSERT_TRUE(ImageFileHandler::the().read(lvalue(ImagePtr(back)), path.c_str()));
+        EXPECT_TRUE(sameImage(src.get(), back.get())) << c.w << "x" << c.h << " type " << c.type;
 
         // The same file compressed by gzip itself, read under its own and under a .yif name.
         ASSERT_EQ(std::system(("gzip -k -f '" + path + "'").c_str()), 0);
-        Held gz;
-        ASSERT_TRUE(YIFImageFileType::the().read(gz.img, (path + ".gz").c_str()));
-        EXPECT_TRUE(sameImage(src.img, gz.img));
+        RefPtr<ImagePtr> gz(Image::create());
+        ASSERT_TRUE(YIFImageFileType::the().read(lvalue(ImagePtr(gz)), (path + ".gz").c_str()));
+        EXPECT_TRUE(sameImage(src.get(), gz.get()));
         fs::rename(path + ".gz", dir / "packed.yif");
-        Held gz2;
-        ASSERT_TRUE(ImageFileHandler::the().read(gz2.img, (dir / "packed.yif").c_str()));
-        EXPECT_TRUE(sameImage(src.img, gz2.img));
+        RefPtr<ImagePtr> gz2(Image::create());
+        ASSERT_TRUE(ImageFileHandler::the().read(lvalue(ImagePtr(gz2)), (dir / "packed.yif").c_str()));
+        EXPECT_TRUE(sameImage(src.get(), gz2.get()));
     }
 }
 
 TEST(YIFImageFile, FileBytesFollowTheLayout)
 {
-    Held src;
-    ASSERT_TRUE(src.img->set(Image::OSG_RGB_PF, 2, 1, 1, 1, 1, 0.0, NULL, Image::OSG_UINT8_IMAGEDATA));
+    RefPtr<ImagePtr> src(Image::create());
+    ASSERT_TRUE(src.get()->set(Image::OSG_RGB_PF, 2, 1, 1, 1, 1, 0.0, NULL, Image::OSG_UINT8_IMAGEDATA));
     const UInt8 px[6] = { 1, 2, 3, 4, 5, 6 };
-    std::memcpy(src.img->editData(), px, 6);
+    std::memcpy(src.get()->editData(), px, 6);
     std::ostringstream os;
-    ASSERT_TRUE(YIFImageFileType::the().write(src.img, os, ""));
+    ASSERT_TRUE(YIFImageFileType::the().write(src.get(), os, ""));
     std::string f = os.str();
     ASSERT_EQ(f.size(), 102u);
     const UInt8 expected[48] = { 'y', 'i', 'f', 0,  0, 0, 0, 0,
@@ -148,41 +150,41 @@ TEST(YIFImageFile, FileBytesFollowTheLayout)
     f[44] = 0;
     f[45] = 0;
     std::istringstream is(f);
-    Held back;
-    ASSERT_TRUE(YIFImageFileType::the().read(back.img, is, ""));
-    EXPECT_EQ(back.img->getDataType(), Image::OSG_UINT8_IMAGEDATA);
-    EXPECT_EQ(std::memcmp(back.img->getData(), px, 6), 0);
+    RefPtr<ImagePtr> back(Image::create());
+    ASSERT_TRUE(YIFImageFileType::the().read(lvalue(ImagePtr(back)), is, ""));
+    EXPECT_EQ(back.get()->getDataType(), Image::OSG_UINT8_IMAGEDATA);
+    EXPECT_EQ(std::memcmp(back.get()->getData(), px, 6), 0);
 
     // Sizes of 65536 and above keep their low 16 bits only: that is the format.
-    Held wide;
-    ASSERT_TRUE(wide.img->set(Image::OSG_L_PF, 70000, 1, 1, 1, 1, 2.5, NULL, Image::OSG_UINT8_IMAGEDATA));
+    RefPtr<ImagePtr> wide(Image::create());
+    ASSERT_TRUE(wide.get()->set(Image::OSG_L_PF, 70000, 1, 1, 1, 1, 2.5, NULL, Image::OSG_UINT8_IMAGEDATA));
     std::ostringstream ws;
-    ASSERT_TRUE(YIFImageFileType::the().write(wide.img, ws, ""));
+    ASSERT_TRUE(YIFImageFileType::the().write(wide.get(), ws, ""));
     std::istringstream wi(ws.str());
-    Held wback;
-    ASSERT_TRUE(YIFImageFileType::the().read(wback.img, wi, ""));
-    EXPECT_EQ(wback.img->getWidth(), 70000 & 0xFFFF);
-    EXPECT_EQ(wback.img->getFrameDelay(), 2.0);
+    RefPtr<ImagePtr> wback(Image::create());
+    ASSERT_TRUE(YIFImageFileType::the().read(lvalue(ImagePtr(wback)), wi, ""));
+    EXPECT_EQ(wback.get()->getWidth(), 70000 & 0xFFFF);
+    EXPECT_EQ(wback.get()->getFrameDelay(), 2.0);
 
     // Nothing to write.
-    Held empty;
+    RefPtr<ImagePtr> empty(Image::create());
     std::ostringstream es;
-    EXPECT_FALSE(YIFImageFileType::the().write(empty.img, es, ""));
+    EXPECT_FALSE(YIFImageFileType::the().write(empty.get(), es, ""));
 }
 
 TEST(YIFImageFile, BadFilesGiveTheQuotedMessagesAndLeaveTheImageAlone)
 {
     TempDir dir;
-    Held src;
-    ASSERT_TRUE(src.img->set(Image::OSG_RGBA_PF, 64, 32, 1, 2, 1, 0.0, NULL, Image::OSG_UINT8_IMAGEDATA));
-    fill(src.img);
+    RefPtr<ImagePtr> src(Image::create());
+    ASSERT_TRUE(src.get()->set(Image::OSG_RGBA_PF, 64, 32, 1, 2, 1, 0.0, NULL, Image::OSG_UINT8_IMAGEDATA));
+    fill(src.get());
     std::ostringstream os;
-    ASSERT_TRUE(YIFImageFileType::the().write(src.img, os, ""));
+    ASSERT_TRUE(YIFImageFileType::the().write(src.get(), os, ""));
     const std::string good = os.str();
 
-    Held target;
-    ASSERT_TRUE(target.img->set(Image::OSG_L_PF, 3, 1, 1, 1, 1, 0.0, NULL, Image::OSG_UINT8_IMAGEDATA));
-    target.img->editData()[1] = 77;
+    RefPtr<ImagePtr> target(Image::create());
+    ASSERT_TRUE(target.get()->set(Image::OSG_L_PF, 3, 1, 1, 1, 1, 0.0, NULL, Image::OSG_UINT8_IMAGEDATA));
+    target.get()->editData()[1] = 77;
 
     auto readBytes = [&](const std::string &bytes, bool gzip) {
         std::string path = dir / "bad.yif";
@@ -192,9 +194,9 @@ TEST(YIFImageFile, BadFilesGiveTheQuotedMessagesAndLeaveTheImageAlone)
             EXPECT_EQ(std::system(("gzip -f '" + path + "' && mv '" + path + ".gz' '" + path + "'").c_str()), 0);
         }
         LogCapture log;
-        bool ok = YIFImageFileType::the().read(target.img, path.c_str());
-        EXPECT_EQ(target.img->getWidth(), 3);
-        EXPECT_EQ(target.img->getData()[1], 77);
+        bool ok = YIFImageFileType::the().read(lvalue(ImagePtr(target)), path.c_str());
+        EXPECT_EQ(target.get()->getWidth(), 3);
+        EXPECT_EQ(target.get()->getData()[1], 77);
         return ok ? std::string("read") : log.text();
     };
 
@@ -217,7 +219,7 @@ TEST(YIFImageFile, BadFilesGiveTheQuotedMessagesAndLeaveTheImageAlone)
     spit(dir / "cut.yif", cut);
     {
         LogCapture log;
-        EXPECT_FALSE(YIFImageFileType::the().read(target.img, (dir / "cut.yif").c_str()));
+        EXPECT_FALSE(YIFImageFileType::the().read(lvalue(ImagePtr(target)), (dir / "cut.yif").c_str()));
         EXPECT_TRUE(log.contains("YIFImageFileType::read:")) << log.text();
     }
     std::string damaged = gz;
@@ -226,10 +228,10 @@ TEST(YIFImageFile, BadFilesGiveTheQuotedMessagesAndLeaveTheImageAlone)
     spit(dir / "damaged.yif", damaged);
     {
         LogCapture log;
-        EXPECT_FALSE(YIFImageFileType::the().read(target.img, (dir / "damaged.yif").c_str()));
+        EXPECT_FALSE(YIFImageFileType::the().read(lvalue(ImagePtr(target)), (dir / "damaged.yif").c_str()));
         EXPECT_TRUE(log.contains("compressed data unreadable")) << log.text();
     }
-    EXPECT_EQ(target.img->getWidth(), 3);
+    EXPECT_EQ(target.get()->getWidth(), 3);
 
     // Absurd sizes are refused before any pixel memory is taken: 65535^2 RGBA float is 64 GiB,
     // beyond Image::MaxImageBytes (2^31 - 1); 4096^2 RGBA8 (64 MiB) does not fit in a short file,
@@ -249,11 +251,11 @@ TEST(YIFImageFile, BadFilesGiveTheQuotedMessagesAndLeaveTheImageAlone)
 
 TEST(YIFImageFile, StreamDetectionLeavesTheStreamInPlace)
 {
-    Held src;
-    ASSERT_TRUE(src.img->set(Image::OSG_L_PF, 4, 4, 1, 1, 1, 0.0, NULL, Image::OSG_UINT8_IMAGEDATA));
+    RefPtr<ImagePtr> src(Image::create());
+    ASSERT_TRUE(src.get()->set(Image::OSG_L_PF, 4, 4, 1, 1, 1, 0.0, NULL, Image::OSG_UINT8_IMAGEDATA));
     std::ostringstream os;
     os << "prefix";
-    ASSERT_TRUE(YIFImageFileType::the().write(src.img, os, ""));
+    ASSERT_TRUE(YIFImageFileType::the().write(src.get(), os, ""));
     std::istringstream is(os.str());
     is.seekg(6);
     EXPECT_EQ(YIFImageFileType::the().determineMimetypeFromStream(is), "image/x-yif");
@@ -270,13 +272,13 @@ TEST(YIFImageFile, StreamDetectionLeavesTheStreamInPlace)
 TEST(YIFImageFile, FuzzSeedsAreValidFiles)
 {
     // Seeds starting with 'Z' are the fuzz target's own gzip mode; the others are YIF files.
-    Held img;
+    RefPtr<ImagePtr> img(Image::create());
     int n = 0;
     for(const auto &e : fs::directory_iterator(fs::path(SKOSG_SOURCE_DIR) / "fuzz/image/seeds/fuzz_yif"))
     {
         if(e.path().extension() == ".bin")
             continue;
-        EXPECT_TRUE(YIFImageFileType::the().read(img.img, e.path().c_str())) << e.path();
+        EXPECT_TRUE(YIFImageFileType::the().read(lvalue(ImagePtr(img)), e.path().c_str())) << e.path();
         ++n;
     }
     EXPECT_GE(n, 3);

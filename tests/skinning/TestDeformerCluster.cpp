@@ -1,4 +1,5 @@
 // IndexWeight as a value and a field type, and the cluster's matrices.
+#include <OpenSG/OSGRefPtr.h>
 #include "SkinTestSupport.h"
 
 #include <OpenSGExt/OSGIndexWeightFields.h>
@@ -72,7 +73,7 @@ TEST(DeformerCluster, DeformerMatrixMatchesReference)
 {
     std::mt19937 rng(61);
     DeformerClusterPtr c = DeformerCluster::create();
-    scenetest::Held hold(c);
+    RefPtr<FieldContainerPtr> hold(c);
 
     // Identity bind poses: D is W.
     const glm::dmat4 W = randomAffine(rng);
@@ -116,7 +117,7 @@ TEST(DeformerCluster, DeformerMatrixMatchesReference)
 TEST(DeformerCluster, NodeAndJointReferences)
 {
     NodePtr node = Node::create();
-    scenetest::Held holdNode(node);
+    RefPtr<FieldContainerPtr> holdNode(node);
     const Int32 base = node->getRefCount();
     DeformerClusterPtr c = DeformerCluster::create();
     addRefCP(c);
@@ -141,12 +142,12 @@ TEST(DeformerCluster, NodeAndJointReferences)
 TEST(DeformerAttachment, EnabledByDefaultAndBufferNotCopied)
 {
     DeformerAttachmentPtr d = DeformerAttachment::create();
-    scenetest::Held hold(d);
+    RefPtr<FieldContainerPtr> hold(d);
     EXPECT_TRUE(d->getEnabled());
     std::shared_ptr<int> buffer = std::make_shared<int>(5);
     d->setBuffer(buffer);
     EXPECT_EQ(d->getBuffer().get(), buffer.get());
     DeformerAttachmentPtr copy = DeformerAttachmentPtr::dcast(d->shallowCopy());
-    scenetest::Held holdCopy(copy);
+    RefPtr<FieldContainerPtr> holdCopy(copy);
     EXPECT_EQ(copy->getBuffer(), nullptr);
 }

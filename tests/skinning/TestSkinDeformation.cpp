@@ -1,4 +1,5 @@
 // Skin deformation through SkinAttachment against a double-precision glm reference.
+#include <OpenSG/OSGRefPtr.h>
 #include "SkinTestSupport.h"
 
 #include <OpenSGExt/skMatrixCache.h>
@@ -210,7 +211,7 @@ TEST(SkinDeformation, BadShapesDeformNothing)
 
     // No geometry at all.
     SkinAttachmentPtr lone = SkinAttachment::create();
-    scenetest::Held hold(lone);
+    RefPtr<FieldContainerPtr> hold(lone);
     lone->getDeformedVertices(pos, nor);
     EXPECT_EQ(pos, reinterpret_cast<const Pnt3f *>(0x1));
     EXPECT_FALSE(lone->updateIndicesAndWeights());
@@ -223,7 +224,7 @@ TEST(SkinDeformation, HasSkinningAndClearData)
     EXPECT_TRUE(SkinAttachment::hasSkinning(rig->geo));
     EXPECT_FALSE(SkinAttachment::hasSkinning(NullFC));
     GeometryPtr plain = Geometry::create();
-    scenetest::Held hold(plain);
+    RefPtr<FieldContainerPtr> hold(plain);
     EXPECT_FALSE(SkinAttachment::hasSkinning(plain));
     EXPECT_EQ(rig->skin->getGeometry(), rig->geo);
 

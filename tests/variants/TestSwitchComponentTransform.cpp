@@ -305,7 +305,7 @@ TEST(SwitchComponentTransformType, IntersectActionGoesThroughTheChosenEntry)
     using namespace scenetest;
     SCTPtr s = SwitchComponentTransform::create();
     NodePtr root = groupNode(), xf = nodeWith(s);
-    Held hold(root);
+    RefPtr<FieldContainerPtr> hold(root);
     addChild(root, xf);
     // A unit square in z = 0, two triangles.
     addChild(xf, nodeWith(triangleGeometry({ Pnt3f(0, 0, 0), Pnt3f(1, 0, 0), Pnt3f(1, 1, 0),

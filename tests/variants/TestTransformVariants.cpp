@@ -316,7 +316,7 @@ TEST_F(VariantsTest, InsertRemoveAndLookupKeepOrderAndReferences)
 TEST_F(VariantsTest, AVariantInsertedTwiceIsTwoEntriesWithAReferenceEach)
 {
     TransformVariantPtr v = matching("v", TV::ApplyTranslation), w = matching("w", TV::ApplyScale);
-    Held holdV(v);
+    RefPtr<FieldContainerPtr> holdV(v);
     EXPECT_TRUE(_variants->insertTransformVariant(v, 0));
     EXPECT_TRUE(_variants->insertTransformVariant(w, 1));
     EXPECT_TRUE(_variants->insertTransformVariant(v, 2));

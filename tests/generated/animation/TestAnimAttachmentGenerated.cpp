@@ -33,6 +33,6 @@ TEST(GeneratedAnimAttachment, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, AnimAttachment::createEmpty());
-    gentest::expectBinaryRoundTrip(source, AnimAttachment::createEmpty());
+    gentest::expectBinaryRoundTrip(source, AnimAttachment::createEmpty(), AnimAttachment::createEmpty());
     gentest::expectSyncRoundTrip(source, AnimAttachment::createEmpty());
 }

@@ -33,6 +33,6 @@ TEST(GeneratedAnimBlock, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, AnimBlock::createEmpty());
-    gentest::expectBinaryRoundTrip(source, AnimBlock::createEmpty());
+    gentest::expectBinaryRoundTrip(source, AnimBlock::createEmpty(), AnimBlock::createEmpty());
     gentest::expectSyncRoundTrip(source, AnimBlock::createEmpty());
 }

@@ -33,6 +33,6 @@ TEST(GeneratedAnimClip, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, AnimClip::createEmpty());
-    gentest::expectBinaryRoundTrip(source, AnimClip::createEmpty());
+    gentest::expectBinaryRoundTrip(source, AnimClip::createEmpty(), AnimClip::createEmpty());
     gentest::expectSyncRoundTrip(source, AnimClip::createEmpty());
 }

@@ -44,6 +44,6 @@ TEST(GeneratedAnimCurve, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, AnimCurve::createEmpty());
-    gentest::expectBinaryRoundTrip(source, AnimCurve::createEmpty());
+    gentest::expectBinaryRoundTrip(source, AnimCurve::createEmpty(), AnimCurve::createEmpty());
     gentest::expectSyncRoundTrip(source, AnimCurve::createEmpty());
 }

@@ -49,6 +49,6 @@ TEST(GeneratedAnimNode, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, AnimNode::createEmpty());
-    gentest::expectBinaryRoundTrip(source, AnimNode::createEmpty());
+    gentest::expectBinaryRoundTrip(source, AnimNode::createEmpty(), AnimNode::createEmpty());
     gentest::expectSyncRoundTrip(source, AnimNode::createEmpty());
 }

@@ -33,6 +33,6 @@ TEST(GeneratedAnimObject, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, AnimObject::createEmpty());
-    gentest::expectBinaryRoundTrip(source, AnimObject::createEmpty());
+    gentest::expectBinaryRoundTrip(source, AnimObject::createEmpty(), AnimObject::createEmpty());
     gentest::expectSyncRoundTrip(source, AnimObject::createEmpty());
 }

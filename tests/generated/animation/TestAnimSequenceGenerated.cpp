@@ -33,6 +33,6 @@ TEST(GeneratedAnimSequence, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, AnimSequence::createEmpty());
-    gentest::expectBinaryRoundTrip(source, AnimSequence::createEmpty());
+    gentest::expectBinaryRoundTrip(source, AnimSequence::createEmpty(), AnimSequence::createEmpty());
     gentest::expectSyncRoundTrip(source, AnimSequence::createEmpty());
 }

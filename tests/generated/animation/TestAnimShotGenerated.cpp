@@ -33,6 +33,6 @@ TEST(GeneratedAnimShot, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, AnimShot::createEmpty());
-    gentest::expectBinaryRoundTrip(source, AnimShot::createEmpty());
+    gentest::expectBinaryRoundTrip(source, AnimShot::createEmpty(), AnimShot::createEmpty());
     gentest::expectSyncRoundTrip(source, AnimShot::createEmpty());
 }

@@ -33,6 +33,6 @@ TEST(GeneratedAnimWizClip, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, AnimWizClip::createEmpty());
-    gentest::expectBinaryRoundTrip(source, AnimWizClip::createEmpty());
+    gentest::expectBinaryRoundTrip(source, AnimWizClip::createEmpty(), AnimWizClip::createEmpty());
     gentest::expectSyncRoundTrip(source, AnimWizClip::createEmpty());
 }

@@ -30,6 +30,6 @@ TEST(GeneratedAnimationAttachment, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, AnimationAttachment::createEmpty());
-    gentest::expectBinaryRoundTrip(source, AnimationAttachment::createEmpty());
+    gentest::expectBinaryRoundTrip(source, AnimationAttachment::createEmpty(), AnimationAttachment::createEmpty());
     gentest::expectSyncRoundTrip(source, AnimationAttachment::createEmpty());
 }

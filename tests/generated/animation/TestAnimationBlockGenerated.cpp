@@ -36,6 +36,6 @@ TEST(GeneratedAnimationBlock, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, AnimationBlock::createEmpty());
-    gentest::expectBinaryRoundTrip(source, AnimationBlock::createEmpty());
+    gentest::expectBinaryRoundTrip(source, AnimationBlock::createEmpty(), AnimationBlock::createEmpty());
     gentest::expectSyncRoundTrip(source, AnimationBlock::createEmpty());
 }

@@ -32,6 +32,6 @@ TEST(GeneratedAnimationClip, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, AnimationClip::createEmpty());
-    gentest::expectBinaryRoundTrip(source, AnimationClip::createEmpty());
+    gentest::expectBinaryRoundTrip(source, AnimationClip::createEmpty(), AnimationClip::createEmpty());
     gentest::expectSyncRoundTrip(source, AnimationClip::createEmpty());
 }

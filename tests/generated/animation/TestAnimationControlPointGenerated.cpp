@@ -26,6 +26,6 @@ TEST(GeneratedAnimationControlPoint, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, AnimationControlPoint::createEmpty());
-    gentest::expectBinaryRoundTrip(source, AnimationControlPoint::createEmpty());
+    gentest::expectBinaryRoundTrip(source, AnimationControlPoint::createEmpty(), AnimationControlPoint::createEmpty());
     gentest::expectSyncRoundTrip(source, AnimationControlPoint::createEmpty());
 }

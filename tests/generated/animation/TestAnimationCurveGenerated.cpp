@@ -35,6 +35,6 @@ TEST(GeneratedAnimationCurve, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, AnimationCurve::createEmpty());
-    gentest::expectBinaryRoundTrip(source, AnimationCurve::createEmpty());
+    gentest::expectBinaryRoundTrip(source, AnimationCurve::createEmpty(), AnimationCurve::createEmpty());
     gentest::expectSyncRoundTrip(source, AnimationCurve::createEmpty());
 }

@@ -30,6 +30,6 @@ TEST(GeneratedAnimationTrack, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, AnimationTrack::createEmpty());
-    gentest::expectBinaryRoundTrip(source, AnimationTrack::createEmpty());
+    gentest::expectBinaryRoundTrip(source, AnimationTrack::createEmpty(), AnimationTrack::createEmpty());
     gentest::expectSyncRoundTrip(source, AnimationTrack::createEmpty());
 }

@@ -33,6 +33,6 @@ TEST(GeneratedTimeShapeCache, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, TimeShapeCache::createEmpty());
-    gentest::expectBinaryRoundTrip(source, TimeShapeCache::createEmpty());
+    gentest::expectBinaryRoundTrip(source, TimeShapeCache::createEmpty(), TimeShapeCache::createEmpty());
     gentest::expectSyncRoundTrip(source, TimeShapeCache::createEmpty());
 }

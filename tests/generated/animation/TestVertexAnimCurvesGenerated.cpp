@@ -33,6 +33,6 @@ TEST(GeneratedVertexAnimCurves, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, VertexAnimCurves::createEmpty());
-    gentest::expectBinaryRoundTrip(source, VertexAnimCurves::createEmpty());
+    gentest::expectBinaryRoundTrip(source, VertexAnimCurves::createEmpty(), VertexAnimCurves::createEmpty());
     gentest::expectSyncRoundTrip(source, VertexAnimCurves::createEmpty());
 }

@@ -29,6 +29,6 @@ TEST(GeneratedCamboard, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, Camboard::createEmpty());
-    gentest::expectBinaryRoundTrip(source, Camboard::createEmpty());
+    gentest::expectBinaryRoundTrip(source, Camboard::createEmpty(), Camboard::createEmpty());
     gentest::expectSyncRoundTrip(source, Camboard::createEmpty());
 }

@@ -35,6 +35,6 @@ TEST(GeneratedCameraAttachment, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, CameraAttachment::createEmpty());
-    gentest::expectBinaryRoundTrip(source, CameraAttachment::createEmpty());
+    gentest::expectBinaryRoundTrip(source, CameraAttachment::createEmpty(), CameraAttachment::createEmpty());
     gentest::expectSyncRoundTrip(source, CameraAttachment::createEmpty());
 }

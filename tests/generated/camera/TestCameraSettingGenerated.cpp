@@ -87,6 +87,6 @@ TEST(GeneratedCameraSetting, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, CameraSetting::createEmpty());
-    gentest::expectBinaryRoundTrip(source, CameraSetting::createEmpty());
+    gentest::expectBinaryRoundTrip(source, CameraSetting::createEmpty(), CameraSetting::createEmpty());
     gentest::expectSyncRoundTrip(source, CameraSetting::createEmpty());
 }

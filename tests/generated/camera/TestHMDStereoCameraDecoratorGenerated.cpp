@@ -48,6 +48,6 @@ TEST(GeneratedHMDStereoCameraDecorator, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, HMDStereoCameraDecorator::createEmpty());
-    gentest::expectBinaryRoundTrip(source, HMDStereoCameraDecorator::createEmpty());
+    gentest::expectBinaryRoundTrip(source, HMDStereoCameraDecorator::createEmpty(), HMDStereoCameraDecorator::createEmpty());
     gentest::expectSyncRoundTrip(source, HMDStereoCameraDecorator::createEmpty());
 }

@@ -33,6 +33,6 @@ TEST(GeneratedMatrixStereoCameraDecorator, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, MatrixStereoCameraDecorator::createEmpty());
-    gentest::expectBinaryRoundTrip(source, MatrixStereoCameraDecorator::createEmpty());
+    gentest::expectBinaryRoundTrip(source, MatrixStereoCameraDecorator::createEmpty(), MatrixStereoCameraDecorator::createEmpty());
     gentest::expectSyncRoundTrip(source, MatrixStereoCameraDecorator::createEmpty());
 }

@@ -34,6 +34,6 @@ TEST(GeneratedMultiStereoCameraDecorator, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, MultiStereoCameraDecorator::createEmpty());
-    gentest::expectBinaryRoundTrip(source, MultiStereoCameraDecorator::createEmpty());
+    gentest::expectBinaryRoundTrip(source, MultiStereoCameraDecorator::createEmpty(), MultiStereoCameraDecorator::createEmpty());
     gentest::expectSyncRoundTrip(source, MultiStereoCameraDecorator::createEmpty());
 }

@@ -32,6 +32,6 @@ TEST(GeneratedOverlapCameraDecorator, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, OverlapCameraDecorator::createEmpty());
-    gentest::expectBinaryRoundTrip(source, OverlapCameraDecorator::createEmpty());
+    gentest::expectBinaryRoundTrip(source, OverlapCameraDecorator::createEmpty(), OverlapCameraDecorator::createEmpty());
     gentest::expectSyncRoundTrip(source, OverlapCameraDecorator::createEmpty());
 }

@@ -34,6 +34,6 @@ TEST(GeneratedPerspectiveCamera2, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, PerspectiveCamera2::createEmpty());
-    gentest::expectBinaryRoundTrip(source, PerspectiveCamera2::createEmpty());
+    gentest::expectBinaryRoundTrip(source, PerspectiveCamera2::createEmpty(), PerspectiveCamera2::createEmpty());
     gentest::expectSyncRoundTrip(source, PerspectiveCamera2::createEmpty());
 }

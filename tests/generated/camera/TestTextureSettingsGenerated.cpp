@@ -25,6 +25,6 @@ TEST(GeneratedTextureSettings, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, TextureSettings::createEmpty());
-    gentest::expectBinaryRoundTrip(source, TextureSettings::createEmpty());
+    gentest::expectBinaryRoundTrip(source, TextureSettings::createEmpty(), TextureSettings::createEmpty());
     gentest::expectSyncRoundTrip(source, TextureSettings::createEmpty());
 }

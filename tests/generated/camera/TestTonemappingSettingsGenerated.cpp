@@ -25,6 +25,6 @@ TEST(GeneratedTonemappingSettings, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, TonemappingSettings::createEmpty());
-    gentest::expectBinaryRoundTrip(source, TonemappingSettings::createEmpty());
+    gentest::expectBinaryRoundTrip(source, TonemappingSettings::createEmpty(), TonemappingSettings::createEmpty());
     gentest::expectSyncRoundTrip(source, TonemappingSettings::createEmpty());
 }

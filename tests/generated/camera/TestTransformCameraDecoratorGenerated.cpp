@@ -31,6 +31,6 @@ TEST(GeneratedTransformCameraDecorator, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, TransformCameraDecorator::createEmpty());
-    gentest::expectBinaryRoundTrip(source, TransformCameraDecorator::createEmpty());
+    gentest::expectBinaryRoundTrip(source, TransformCameraDecorator::createEmpty(), TransformCameraDecorator::createEmpty());
     gentest::expectSyncRoundTrip(source, TransformCameraDecorator::createEmpty());
 }

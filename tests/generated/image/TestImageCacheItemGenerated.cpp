@@ -26,6 +26,6 @@ TEST(GeneratedImageCacheItem, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, ImageCacheItem::createEmpty());
-    gentest::expectBinaryRoundTrip(source, ImageCacheItem::createEmpty());
+    gentest::expectBinaryRoundTrip(source, ImageCacheItem::createEmpty(), ImageCacheItem::createEmpty());
     gentest::expectSyncRoundTrip(source, ImageCacheItem::createEmpty());
 }

@@ -48,6 +48,6 @@ TEST(GeneratedImage, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, Image::createEmpty());
-    gentest::expectBinaryRoundTrip(source, Image::createEmpty());
+    gentest::expectBinaryRoundTrip(source, Image::createEmpty(), Image::createEmpty());
     gentest::expectSyncRoundTrip(source, Image::createEmpty());
 }

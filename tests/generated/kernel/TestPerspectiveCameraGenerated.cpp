@@ -30,6 +30,6 @@ TEST(GeneratedPerspectiveCamera, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, PerspectiveCamera::createEmpty());
-    gentest::expectBinaryRoundTrip(source, PerspectiveCamera::createEmpty());
+    gentest::expectBinaryRoundTrip(source, PerspectiveCamera::createEmpty(), PerspectiveCamera::createEmpty());
     gentest::expectSyncRoundTrip(source, PerspectiveCamera::createEmpty());
 }

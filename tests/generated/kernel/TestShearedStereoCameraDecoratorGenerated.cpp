@@ -33,6 +33,6 @@ TEST(GeneratedShearedStereoCameraDecorator, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, ShearedStereoCameraDecorator::createEmpty());
-    gentest::expectBinaryRoundTrip(source, ShearedStereoCameraDecorator::createEmpty());
+    gentest::expectBinaryRoundTrip(source, ShearedStereoCameraDecorator::createEmpty(), ShearedStereoCameraDecorator::createEmpty());
     gentest::expectSyncRoundTrip(source, ShearedStereoCameraDecorator::createEmpty());
 }

@@ -25,6 +25,6 @@ TEST(GeneratedDeformerAttachment, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, DeformerAttachment::createEmpty());
-    gentest::expectBinaryRoundTrip(source, DeformerAttachment::createEmpty());
+    gentest::expectBinaryRoundTrip(source, DeformerAttachment::createEmpty(), DeformerAttachment::createEmpty());
     gentest::expectSyncRoundTrip(source, DeformerAttachment::createEmpty());
 }

@@ -26,6 +26,6 @@ TEST(GeneratedDeformerCluster, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, DeformerCluster::createEmpty());
-    gentest::expectBinaryRoundTrip(source, DeformerCluster::createEmpty());
+    gentest::expectBinaryRoundTrip(source, DeformerCluster::createEmpty(), DeformerCluster::createEmpty());
     gentest::expectSyncRoundTrip(source, DeformerCluster::createEmpty());
 }

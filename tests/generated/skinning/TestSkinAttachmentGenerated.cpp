@@ -29,6 +29,6 @@ TEST(GeneratedSkinAttachment, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, SkinAttachment::createEmpty());
-    gentest::expectBinaryRoundTrip(source, SkinAttachment::createEmpty());
+    gentest::expectBinaryRoundTrip(source, SkinAttachment::createEmpty(), SkinAttachment::createEmpty());
     gentest::expectSyncRoundTrip(source, SkinAttachment::createEmpty());
 }

@@ -31,6 +31,6 @@ TEST(GeneratedSpectrum, EveryFieldRoundTrips)
     fillEveryField(source, 1);
     gentest::expectDescriptionsMatch(source);
     gentest::expectNonDefault(source, Spectrum::createEmpty());
-    gentest::expectBinaryRoundTrip(source, Spectrum::createEmpty());
+    gentest::expectBinaryRoundTrip(source, Spectrum::createEmpty(), Spectrum::createEmpty());
     gentest::expectSyncRoundTrip(source, Spectrum::createEmpty());
 }
