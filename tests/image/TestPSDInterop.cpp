@@ -36,9 +36,9 @@ void fillPattern(ImageRef &img, int w, int h, UInt32 format = Image::OSG_RGBA_PF
         }
 }
 
-std::string imTxt(const std::string &spec)
+std::string imTxt(const std::string &source)
 {
-    return run(psdtest::convertTool() + " '" + spec + "' -depth 8 txt:-");
+    return run(psdtest::convertTool() + " '" + source + "' -depth 8 txt:-");
 }
 
 std::string pixelLine(int x, int y, int r, int g, int b, int a = -1)
