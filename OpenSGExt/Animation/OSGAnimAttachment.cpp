@@ -3,13 +3,13 @@
 #include <OpenSGExt/OSGAnimBlock.h>
 #include <OpenSGExt/OSGVertexAnimCurves.h>
 #include <OpenSGExt/NodeUtils.h>
+#include <OpenSGExt/Animation/detail/VisitedIds.h>
 
 #include <OpenSG/OSGBaseFunctions.h>
 #include <OpenSG/OSGGroup.h>
 #include <OpenSG/OSGLog.h>
 
 #include <iostream>
-#include <unordered_set>
 
 namespace osg {
 
@@ -195,14 +195,14 @@ bool AnimAttachment::hasVertexAnimation(void) const
     AnimNodePtr root = getAnimationRoot();
     if(root == NullFC)
         return false;
-    const FieldContainerType        &type = VertexAnimCurves::getClassType();
-    std::unordered_set<const Node *> seen;
-    std::vector<NodePtr>             stack{ root };
+    const FieldContainerType &type = VertexAnimCurves::getClassType();
+    anim::VisitedIds          seen;
+    std::vector<NodePtr>      stack{ root };
     while(!stack.empty())
     {
         NodePtr node = stack.back();
         stack.pop_back();
-        if(node == NullFC || !seen.insert(node.getCPtr()).second)
+        if(node == NullFC || !seen.insert(node.getCPtr()))
             continue;
         NodeCorePtr core = node->getCore();
         if(core != NullFC && core->getType().isDerivedFrom(type))

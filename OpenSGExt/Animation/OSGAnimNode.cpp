@@ -3,6 +3,8 @@
 #include <OpenSGExt/OSGAnimCurve.h>
 #include <OpenSGExt/OSGVertexAnimCurves.h>
 #include <OpenSGExt/OSGTimeShapeCache.h>
+#include <OpenSGExt/Animation/detail/TreeWalk.h>
+#include <OpenSGExt/Animation/detail/VisitedIds.h>
 
 #include <OpenSG/OSGFieldContainerFactory.h>
 #include <OpenSG/OSGLog.h>
@@ -13,7 +15,6 @@
 #include <exception>
 #include <iostream>
 #include <unordered_map>
-#include <unordered_set>
 
 namespace osg {
 
@@ -21,7 +22,8 @@ namespace {
 
 AnimNode *asAnim(const NodePtr &node)
 {
-    return node == NullFC ? NULL : dynamic_cast<AnimNode *>(node.getCPtr());
+    return node != NullFC && anim::isAnimNode(node.getCPtr()) ? static_cast<AnimNode *>(node.getCPtr())
+                                                             : NULL;
 }
 
 bool finite(Real32 v)
@@ -29,46 +31,66 @@ bool finite(Real32 v)
     return std::isfinite(v);
 }
 
-/*! Walks the AnimNodes below root once each (a repeat ends that branch). pre(parent, child)
-    runs before the child's descendants, post(child) after them; leaf(node) runs for every
-    visited node without children (root included), as the push operations' recursion does on
-    reaching a leaf, before that node's post. */
-template <class Pre, class Post, class Leaf>
-void walkBelow(AnimNode *root, Pre pre, Post post, Leaf leaf)
+// Steps of a planned walk the walks start loading ahead of the one they are at.
+const UInt32 StepsAhead = 8;
+
+AnimNode *animAt(const anim::WalkStep &step)
 {
-    struct Frame
-    {
-        AnimNode *node;
-        UInt32    next;
-    };
-    std::unordered_set<const AnimNode *> seen;
-    std::vector<Frame>                   stack;
-    seen.insert(root);
-    if(root->getNChildren() == 0)
-        leaf(root);
-    stack.push_back(Frame{ root, 0 });
-    while(!stack.empty())
-    {
-        Frame &top = stack.back();
-        if(top.next < top.node->getNChildren())
-        {
-            AnimNode *parent = top.node;
-            AnimNode *child  = asAnim(parent->getChild(top.next++));
-            if(child == NULL || !seen.insert(child).second)
-                continue;
-            pre(parent, child);
-            if(child->getNChildren() == 0)
-                leaf(child);
-            stack.push_back(Frame{ child, 0 });
-        }
-        else
-        {
-            AnimNode *done = top.node;
-            stack.pop_back();
-            if(!stack.empty())
-                post(done);
-        }
-    }
+    return static_cast<AnimNode *>(step.node);
+}
+
+// What a walk reads or writes of each AnimNode besides its identity and virtual table.
+enum Touches : UInt32
+{
+    TouchOffset     = 1,
+    TouchScale      = 2,
+    TouchApScale    = 4, // accumulatedParentScale
+    TouchCore       = 8,
+    TouchLeafVolume = 16 // the volume state of leaves, where volumes are invalidated
+};
+
+/*! Starts loading what a walk touches of an AnimNode, each a cache line or two: memory traffic
+    is what a walk over a large tree waits for. Inlined by force: a call to it looks free of
+    effects, and the optimiser would drop it. */
+inline __attribute__((always_inline)) void prefetchAnimNode(const anim::WalkStep &step,
+                                                             UInt32 touches)
+{
+    const AnimNode *node = animAt(step);
+    __builtin_prefetch(node);
+    if(touches & TouchOffset)
+        anim::prefetchBytes(&node->getOffset(), sizeof(Vec2f));
+    if(touches & TouchScale)
+        __builtin_prefetch(&node->getScale());
+    if(touches & TouchApScale)
+        __builtin_prefetch(&node->getAccumulatedParentScale());
+    if(touches & TouchCore)
+        __builtin_prefetch(node->getSFCore());
+    if((touches & TouchLeafVolume) && step.leaf)
+        anim::prefetchBytes(&node->getVolume(), sizeof(Volume));
+}
+
+/*! Walks the AnimNodes below root once each (see anim::WalkPlan). pre(parent, child) runs
+    before the child's descendants, post(child) after them; leaf(node) runs for every visited
+    node without children (root included), as the push operations' recursion does on reaching
+    a leaf, before that node's post. touches names what the three read or write of a node. */
+template <class Pre, class Post, class Leaf>
+void walkBelow(AnimNode *root, UInt32 touches, Pre pre, Post post, Leaf leaf)
+{
+    anim::WalkPlan                     plan(root, true);
+    const std::vector<anim::WalkStep> &steps = plan.steps();
+    plan.run(
+        [&](UInt32 parent, UInt32 i) {
+            if(parent != anim::WalkPlan::NoStep)
+                pre(animAt(steps[parent]), animAt(steps[i]));
+            if(steps[i].leaf)
+                leaf(animAt(steps[i]));
+            return true;
+        },
+        [&](UInt32 i) {
+            if(i != 0)
+                post(animAt(steps[i]));
+        },
+        StepsAhead, [touches](const anim::WalkStep &step) { prefetchAnimNode(step, touches); });
 }
 
 std::vector<std::string> splitNames(const std::string &names, bool commas)
@@ -147,45 +169,44 @@ AnimNodePtr newCloneNode(const NodePtr &src, const NodeCorePtr &core, BitVector 
 
 /*! Copies the tree under root, node by node, without recursion; makeNode(src, isRoot, mask)
     gives the copy of one node with its edit begun. A node reached twice is not copied again. */
+/*! Copies the tree under root, node by node, without recursion; makeNode(src, isRoot, mask)
+    gives the copy of one node with its edit begun, which ends once the copy's children are in.
+    A node reached twice is not copied again; a node that cannot be copied is left out with its
+    subtree. */
 template <class MakeNode>
 AnimNodePtr copyTree(const NodePtr &root, MakeNode makeNode)
 {
-    struct Frame
+    struct Made
     {
-        NodePtr     src;
         AnimNodePtr copy;
         BitVector   mask;
-        UInt32      next;
     };
-    std::unordered_set<const Node *> seen;
-    std::vector<Frame>               stack;
-    BitVector                        mask;
-    AnimNodePtr                      result = makeNode(root, true, mask);
-    if(result == NullFC)
-        return result;
-    seen.insert(root.getCPtr());
-    stack.push_back(Frame{ root, result, mask, 0 });
-    while(!stack.empty())
-    {
-        Frame &top = stack.back();
-        if(top.next < top.src->getNChildren())
-        {
-            NodePtr child = top.src->getChild(top.next++);
-            if(child == NullFC || !seen.insert(child.getCPtr()).second)
-                continue;
-            AnimNodePtr parentCopy = top.copy;
-            AnimNodePtr copy       = makeNode(child, false, mask);
+    anim::WalkPlan                     plan(root.getCPtr(), false);
+    const std::vector<anim::WalkStep> &steps = plan.steps();
+    std::vector<Made>                  open;
+    AnimNodePtr                        result;
+    plan.run(
+        [&](UInt32 parent, UInt32 i) {
+            BitVector   mask;
+            AnimNodePtr copy = makeNode(NodePtr(steps[i].node), parent == anim::WalkPlan::NoStep,
+                                        mask);
             if(copy == NullFC)
-                continue;
-            parentCopy->addChild(copy);
-            stack.push_back(Frame{ child, copy, mask, 0 });
-        }
-        else
-        {
-            endEditCP(top.copy, top.mask);
-            stack.pop_back();
-        }
-    }
+                return false;
+            if(open.empty())
+                result = copy;
+            else
+                open.back().copy->addChild(copy);
+            open.push_back(Made{ copy, mask });
+            return true;
+        },
+        [&](UInt32) {
+            endEditCP(open.back().copy, open.back().mask);
+            open.pop_back();
+        },
+        StepsAhead, [](const anim::WalkStep &ahead) {
+            __builtin_prefetch(ahead.node);
+            __builtin_prefetch(ahead.node->getSFCore());
+        });
     return result;
 }
 
@@ -369,7 +390,7 @@ void AnimNode::unshareTree(const std::string &shareTypes)
     const std::vector<std::string> names = splitNames(shareTypes, false);
     unshare(names);
     walkBelow(
-        this, [&names](AnimNode *, AnimNode *child) { child->unshare(names); },
+        this, TouchCore, [&names](AnimNode *, AnimNode *child) { child->unshare(names); },
         [](AnimNode *) {}, [](AnimNode *) {});
 }
 
@@ -399,7 +420,7 @@ void AnimNode::pushOffsetDelta(Real32 dt, Real32 dv)
         return;
     }
     walkBelow(
-        this,
+        this, TouchOffset | TouchLeafVolume,
         [dt, dv](AnimNode *, AnimNode *child) {
             AnimNodePtr c(child);
             beginEditCP(c, OffsetFieldMask);
@@ -447,7 +468,7 @@ void AnimNode::pushScale(Real32 s, Real32 pivot)
     }
     const BitVector mask = OffsetFieldMask | ScaleFieldMask;
     walkBelow(
-        this, [](AnimNode *, AnimNode *) {},
+        this, TouchOffset | TouchScale | TouchLeafVolume, [](AnimNode *, AnimNode *) {},
         [s, pivot, &mask](AnimNode *child) {
             AnimNodePtr c(child);
             beginEditCP(c, mask);
@@ -489,7 +510,7 @@ void AnimNode::pushFlip(Real32 pivot)
     }
     const BitVector mask = OffsetFieldMask | ScaleFieldMask;
     walkBelow(
-        this, [](AnimNode *, AnimNode *) {},
+        this, TouchOffset | TouchScale | TouchLeafVolume, [](AnimNode *, AnimNode *) {},
         [pivot, &mask](AnimNode *child) {
             AnimNodePtr c(child);
             beginEditCP(c, mask);
@@ -505,7 +526,7 @@ void AnimNode::updateAccumulatedParentScale(Real32)
     // Both bits are reported, as players listening for offset changes expect.
     const BitVector mask = AccumulatedParentScaleFieldMask | OffsetFieldMask;
     walkBelow(
-        this,
+        this, TouchScale | TouchApScale,
         [&mask](AnimNode *parent, AnimNode *child) {
             AnimNodePtr c(child);
             beginEditCP(c, mask);
@@ -520,9 +541,16 @@ void AnimNode::updateAccumulatedParentScale(Real32)
 
 void AnimNode::invalidateUpwards(void)
 {
-    std::unordered_set<const Node *> seen;
-    for(NodePtr n(this); n != NullFC && seen.insert(n.getCPtr()).second; n = n->getParent())
+    // The first invalid volume ends the climb, and each step leaves one behind, so a cycle of
+    // parents ends at the repeat by itself. Only a changed callback that validates volumes again
+    // could keep it going: long climbs keep a guard for that.
+    const UInt32     Unguarded = 64;
+    UInt32           steps     = 0;
+    anim::VisitedIds seen;
+    for(NodePtr n(this); n != NullFC; n = n->getParent())
     {
+        if(++steps > Unguarded && !seen.insert(n.getCPtr()))
+            return;
         DynamicVolume &vol = n->editVolume(false);
         if(!vol.isValid() || vol.isStatic())
             return;
@@ -539,9 +567,9 @@ void AnimNode::updateVolume(void)
         NodePtr node;
         UInt32  next;
     };
-    std::unordered_set<const Node *> seen;
-    std::vector<Frame>               stack;
-    NodePtr                          thisP(this);
+    anim::VisitedIds   seen;
+    std::vector<Frame> stack;
+    NodePtr            thisP(this);
     if(getVolume().isValid() || getTravMask() == 0)
         return;
     seen.insert(this);
@@ -553,7 +581,7 @@ void AnimNode::updateVolume(void)
         {
             NodePtr child = top.node->getChild(top.next++);
             if(child == NullFC || child->getTravMask() == 0 || child->getVolume().isValid() ||
-               !seen.insert(child.getCPtr()).second)
+               !seen.insert(child.getCPtr()))
                 continue;
             stack.push_back(Frame{ child, 0 });
             continue;
@@ -610,14 +638,14 @@ void AnimNode::dump(UInt32 uiIndent, const BitVector) const
         const Node *node;
         UInt32      depth;
     };
-    std::unordered_set<const Node *> seen;
-    std::vector<Frame>               stack{ Frame{ this, 0 } };
+    anim::VisitedIds   seen;
+    std::vector<Frame> stack{ Frame{ this, 0 } };
     while(!stack.empty())
     {
         Frame f = stack.back();
         stack.pop_back();
         std::string pad(uiIndent + 2 * f.depth, ' ');
-        if(!seen.insert(f.node).second)
+        if(!seen.insert(f.node))
         {
             std::cout << pad << "(repeat)\n";
             continue;

@@ -15,8 +15,10 @@ namespace osg {
     AnimObject (a curve, block, clip, sequence or shot) that may be shared with other tree nodes.
 
     Trees come from files too, so every walk over a tree here (clone, unshare, time edits,
-    volumes) is iterative and visits a node once: a cycle stops at the repeat, and a chain of any
-    depth costs no stack.
+    volumes) is iterative and visits a node once: a cycle stops at the repeat, a node listed
+    under several parents is taken under the first in depth-first order, and a chain of any
+    depth costs no stack. Clone, unshare and the time edits work on the nodes below when they
+    start: changed callbacks they trigger must not destroy nodes of the tree.
 
     Finished-animation callbacks: registration keeps only a weak reference (the caller owns the
     callable). finishedAnimation calls the entries registered when it starts, in order; entries

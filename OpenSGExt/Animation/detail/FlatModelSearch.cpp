@@ -1,6 +1,6 @@
 #include <OpenSGExt/Animation/detail/FlatModelSearch.h>
+#include <OpenSGExt/Animation/detail/VisitedIds.h>
 
-#include <unordered_set>
 #include <vector>
 
 namespace osg {
@@ -30,7 +30,7 @@ class Walk
   private:
     void push(const FieldContainerPtr &fc)
     {
-        if(fc != NullFC && _seen.insert(fc.getCPtr()).second)
+        if(fc != NullFC && _seen.insert(fc.getCPtr()))
             _work.push_back(fc);
     }
 
@@ -92,7 +92,7 @@ class Walk
 
     std::set<AnimationCurvePtr>          &_curves;
     std::set<AnimationBlockPtr>          &_blocks;
-    std::unordered_set<FieldContainer *>  _seen;
+    anim::VisitedIds                      _seen;
     std::vector<FieldContainerPtr>        _work;
 };
 
