@@ -1,7 +1,7 @@
 // AnimNode: time edits on a hand-computed three-level tree with the order of the recorded
 // changes, finished-animation callbacks (lifetime, duplicates, once, re-entrancy, the empty
-// callable), the clone, deep-clone and unshare rules, and trees from files: cycles and a
-// 100k-deep chain.
+// callable), the clone, deep-clone and unshare rules, and trees from files: cycles, shared
+// nodes, nodes of other types and a 100k-deep chain.
 
 #include "animation/AnimTestSupport.h"
 
@@ -18,6 +18,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <limits>
 
 using namespace osg;
@@ -92,69 +93,61 @@ const BitVector OffsetScale = AnimNode::OffsetFieldMask | AnimNode::ScaleFieldMa
 
 } // namespace
 
-TEST_F(TreeTest, FieldIds)
+TEST_F(TreeTest, TimeEditsPushDownInOrder)
 {
-    EXPECT_EQ(UInt32(AnimNode::OffsetFieldId), 10u);
-    EXPECT_EQ(UInt32(AnimNode::LastEvaluationTimeFieldId), 25u);
-    AnimNodePtr fresh = AnimNode::create();
-    RefPtr<FieldContainerPtr>        h(fresh);
-    EXPECT_TRUE(fresh->getMotionBlur());
-    EXPECT_EQ(fresh->getScale(), 1.f);
-    EXPECT_FALSE(fresh->getHidden());
-    EXPECT_TRUE(AnimNode::getClassType().isNode());
-}
-
-TEST_F(TreeTest, MoveByPushesDownParentsFirst)
-{
-    R->moveBy(1.f, 2.f);
-    EXPECT_EQ(R->getOffset(), Vec2f(1.f, 2.f));
-    EXPECT_EQ(A->getOffset(), Vec2f(2.f, 2.5f));
-    EXPECT_EQ(A1->getOffset(), Vec2f(4.f, 2.f));
-    EXPECT_EQ(B->getOffset(), Vec2f(-1.f, 3.f));
-    EXPECT_EQ(changedWith(AnimNode::OffsetFieldMask), "R A A1 B");
-}
-
-TEST_F(TreeTest, ScaleBySetsOwnScaleAndPushesDescendantsFirst)
-{
-    R->scaleBy(2.f, 1.f);
-    EXPECT_EQ(R->getScale(), 2.f);
-    EXPECT_EQ(R->getOffset(), Vec2f(0.f, 0.f));
-    EXPECT_EQ(A1->getScale(), 2.f);
-    EXPECT_EQ(A1->getOffset(), Vec2f(5.f, 0.f));
-    EXPECT_EQ(A->getScale(), 4.f);
-    EXPECT_EQ(A->getOffset(), Vec2f(1.f, 0.5f));
-    EXPECT_EQ(B->getScale(), 1.f);
-    EXPECT_EQ(B->getOffset(), Vec2f(-5.f, 1.f));
-    EXPECT_EQ(changedWith(AnimNode::ScaleFieldMask), "R");
-    EXPECT_EQ(changedWith(OffsetScale), "A1 A B");
+    struct Expect
+    {
+        Real32 x, y, scale;
+    };
+    struct Row
+    {
+        const char                                    *what;
+        std::function<void(const AnimNodePtr &)>        edit;
+        Expect                                         r, a, a1, b;
+        std::vector<std::pair<BitVector, std::string>> changes;
+    };
+    const Row rows[] = {
+        { "moveBy: parents first", [](const AnimNodePtr &n) { n->moveBy(1.f, 2.f); },
+          { 1, 2, 1 }, { 2, 2.5f, 2 }, { 4, 2, 1 }, { -1, 3, 0.5f },
+          { { AnimNode::OffsetFieldMask, "R A A1 B" } } },
+        // The root's scale is set; below, x is scaled about the pivot, descendants first.
+        { "scaleBy", [](const AnimNodePtr &n) { n->scaleBy(2.f, 1.f); },
+          { 0, 0, 2 }, { 1, 0.5f, 4 }, { 5, 0, 2 }, { -5, 1, 1 },
+          { { AnimNode::ScaleFieldMask, "R" }, { OffsetScale, "A1 A B" } } },
+        // x bounds -1..6 over 2 cycles: pivot 7/2 + 2 * -1 = 1.5
+        { "flip",
+          [](const AnimNodePtr &n) {
+              n->setPostCycles(1);
+              n->flip();
+          },
+          { 1.5f, 0, -1 }, { 0.5f, 0.5f, -2 }, { -1.5f, 0, -1 }, { 3.5f, 1, -0.5f },
+          { { OffsetScale, "R A1 A B" } } },
+    };
+    for(const Row &row : rows)
+    {
+        TearDown();
+        SetUp();
+        row.edit(R);
+        for(const auto &n : { std::make_pair(R, row.r), std::make_pair(A, row.a),
+                              std::make_pair(A1, row.a1), std::make_pair(B, row.b) })
+        {
+            EXPECT_EQ(n.first->getOffset(), Vec2f(n.second.x, n.second.y)) << row.what;
+            EXPECT_EQ(n.first->getScale(), n.second.scale) << row.what;
+        }
+        for(const auto &c : row.changes)
+            EXPECT_EQ(changedWith(c.first), c.second) << row.what;
+    }
 
     // A vertex-animation core scales its own node in place about the pivot.
-    AnimNodePtr v = animNode(VertexAnimCurves::create(), Vec2f(3.f, 7.f), 2.f);
-    RefPtr<FieldContainerPtr>        h(v);
+    AnimNodePtr               v = animNode(VertexAnimCurves::create(), Vec2f(3.f, 7.f), 2.f);
+    RefPtr<FieldContainerPtr> hv(v);
     v->scaleBy(0.5f, 1.f);
     EXPECT_EQ(v->getScale(), 1.f);
     EXPECT_EQ(v->getOffset(), Vec2f(2.f, 7.f));
-}
 
-TEST_F(TreeTest, FlipMirrorsAboutTheWorldBounds)
-{
-    R->setPostCycles(1);
-    R->flip();
-    // x bounds -1..6 over 2 cycles: p = 7/2 + 2 * -1 = 1.5
-    EXPECT_EQ(R->getScale(), -1.f);
-    EXPECT_EQ(R->getOffset()[0], 1.5f);
-    EXPECT_EQ(A1->getScale(), -1.f);
-    EXPECT_EQ(A1->getOffset()[0], -1.5f);
-    EXPECT_EQ(A->getScale(), -2.f);
-    EXPECT_EQ(A->getOffset()[0], 0.5f);
-    EXPECT_EQ(B->getScale(), -0.5f);
-    EXPECT_EQ(B->getOffset()[0], 3.5f);
-    EXPECT_EQ(A->getOffset()[1], 0.5f);
-    EXPECT_EQ(changedWith(OffsetScale), "R A1 A B");
-
-    // Without keys or with negative postCycles nothing changes.
-    AnimNodePtr empty = animNode(AnimCurve::create(), Vec2f(1.f, 0.f), 1.f);
-    RefPtr<FieldContainerPtr>        h(empty);
+    // Without keys or with negative postCycles flip changes nothing.
+    AnimNodePtr               empty = animNode(AnimCurve::create(), Vec2f(1.f, 0.f), 1.f);
+    RefPtr<FieldContainerPtr> he(empty);
     empty->flip();
     EXPECT_EQ(empty->getScale(), 1.f);
     R->setPostCycles(-1);
@@ -357,25 +350,42 @@ TEST_F(TreeTest, DeepCloneAndUnshare)
     EXPECT_EQ(A1->getCore(), before);
 }
 
-TEST_F(TreeTest, CyclesFromFilesStopAtTheRepeat)
+TEST_F(TreeTest, CyclesSharedNodesAndOtherTypesFromFiles)
 {
-    // A1 lists R as a child, as a corrupt file could (no reference, no parent change).
+    // Entries a corrupt file could give (no reference, no parent change): A1 lists R, B lists A1
+    // again and a plain node with an AnimNode below it.
+    NodePtr                   plain = Node::create();
+    AnimNodePtr               below = animNode(AnimCurve::create(), Vec2f(7.f, 0.f), 1.f);
+    RefPtr<FieldContainerPtr> hp(plain);
+    add(plain, below);
     A1->editMFChildren()->push_back(R);
+    B->editMFChildren()->push_back(A1);
+    B->editMFChildren()->push_back(plain);
+
     R->moveBy(1.f, 0.f);
     EXPECT_EQ(R->getOffset(), Vec2f(1.f, 0.f));   // moved once, not again through the cycle
-    EXPECT_EQ(A1->getOffset(), Vec2f(4.f, 0.f));
+    EXPECT_EQ(A1->getOffset(), Vec2f(4.f, 0.f));  // once, under its first parent
+    EXPECT_EQ(changedWith(AnimNode::OffsetFieldMask), "R A A1 B");
+    EXPECT_EQ(below->getOffset(), Vec2f(7.f, 0.f)); // the walks stay on AnimNodes
     R->scaleBy(2.f, 0.f);
+    EXPECT_EQ(A1->getScale(), 2.f);
     R->updateAccumulatedParentScale();
     R->invalidateVolume();
     Pnt3f lo, hi;
     EXPECT_TRUE(R->getBounds(lo, hi));
-    AnimNodePtr c = cloneAnimTree(R, true);
-    RefPtr<FieldContainerPtr>        h(c);
+
+    // Copies take every node type, each node once.
+    AnimNodePtr               c = cloneAnimTree(R, true);
+    RefPtr<FieldContainerPtr> h(c);
     EXPECT_EQ(c->getChild(0)->getChild(0)->getNChildren(), 0u);
-    AnimNodePtr d = deepCloneAnimTree(R, "");
-    RefPtr<FieldContainerPtr>        hd(d);
+    ASSERT_EQ(c->getChild(1)->getNChildren(), 1u);
+    EXPECT_EQ(c->getChild(1)->getChild(0)->getChild(0)->getCore(), below->getCore());
+    AnimNodePtr               d = deepCloneAnimTree(R, "");
+    RefPtr<FieldContainerPtr> hd(d);
+    EXPECT_EQ(d->getChild(1)->getNChildren(), 1u);
     R->unshareTree("");
     A1->editMFChildren()->clear();
+    B->editMFChildren()->clear();
 }
 
 TEST(AnimNodeDepth, HundredThousandDeepChain)

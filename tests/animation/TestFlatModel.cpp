@@ -27,17 +27,6 @@ PtrT held(PtrT p)
 
 } // namespace
 
-TEST(FlatModel, FieldIds)
-{
-    EXPECT_EQ(UInt32(AnimationControlPoint::ControlPointFieldId), 1u);
-    EXPECT_EQ(UInt32(AnimationCurve::AFAppNodeFieldId), 11u);
-    EXPECT_EQ(UInt32(AnimationBlock::EndFieldId), 12u);
-    EXPECT_EQ(UInt32(AnimationTrack::SequencesFieldId), 7u);
-    EXPECT_EQ(UInt32(AnimationClip::RepeatedFieldId), 8u);
-    EXPECT_EQ(UInt32(AnimationAttachment::CurvesFieldId), 3u);
-    EXPECT_EQ(UInt32(AnimationAttachment::BlocksFieldId), 5u);
-}
-
 TEST(FlatModel, ReferenceCountsBalance)
 {
     AnimationAttachmentPtr att   = held(AnimationAttachment::create());
