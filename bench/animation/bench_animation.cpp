@@ -1,7 +1,10 @@
 // Animation: verify on 1M shuffled keys against std::sort of the same keys; both handles of 1M
 // sorted keys; MFCCPnt encode/decode against memcpy of the same bytes; cloneAnimTree and
 // deepCloneAnimTree of a 10k-node tree against the kernel's cloneTree/deepCloneTree of the same
-// tree; moveBy on 10k and 100k nodes (linear growth). Ratios are printed after the table.
+// tree; moveBy on 10k and 100k nodes (linear growth), beside a plain walk that only reads each
+// node's offset in the same trees, to show how much of the growth the memory hierarchy gives
+// (the 10k tree stays in cache between runs, the 100k tree does not). Ratios are printed after
+// the table.
 
 #include <OpenSGExt/OSGAnimCurve.h>
 #include <OpenSGExt/OSGAnimNode.h>
@@ -221,6 +224,30 @@ void BM_MoveBy(benchmark::State &state)
     state.SetItemsProcessed(int64_t(state.iterations()) * state.range(0));
 }
 
+// The least any time edit must do: visit every node once and read its offset.
+void BM_ReadWalk(benchmark::State &state)
+{
+    AnimNodePtr       root = makeTree(UInt32(state.range(0)));
+    std::vector<Node *> stack;
+    for(auto _ : state)
+    {
+        Real32 sum = 0.f;
+        stack.assign(1, root.getCPtr());
+        while(!stack.empty())
+        {
+            AnimNode *node = static_cast<AnimNode *>(stack.back());
+            stack.pop_back();
+            sum += node->getOffset()[0];
+            for(const NodePtr &child : node->getChildren())
+                stack.push_back(child.getCPtr());
+        }
+        benchmark::DoNotOptimize(sum);
+    }
+    subRefCP(root);
+    clearChanges();
+    state.SetItemsProcessed(int64_t(state.iterations()) * state.range(0));
+}
+
 BENCHMARK(BM_StdSort_1M)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Verify_1M)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Handles_1M)->Unit(benchmark::kMillisecond);
@@ -232,6 +259,7 @@ BENCHMARK(BM_CloneAnimTree_10k)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_KernelDeepCloneTree_10k)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_DeepCloneAnimTree_10k)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_MoveBy)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_ReadWalk)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 
 SKBENCH_REPORT([](std::ostream &os, const skbench::Results &r) {
     os << std::fixed << std::setprecision(2) << "\nAnimation:\n";
@@ -260,6 +288,9 @@ SKBENCH_REPORT([](std::ostream &os, const skbench::Results &r) {
     if(r.has("BM_MoveBy/100000") && r.has("BM_MoveBy/10000"))
         os << "  moveBy 100k / 10k nodes: " << r.ratio("BM_MoveBy/100000", "BM_MoveBy/10000")
            << "x (goal <= 12x)\n";
+    if(r.has("BM_ReadWalk/100000") && r.has("BM_ReadWalk/10000"))
+        os << "  read-only walk 100k / 10k nodes (reference): "
+           << r.ratio("BM_ReadWalk/100000", "BM_ReadWalk/10000") << "x\n";
 });
 
 SKBENCH_CLEANUP([] {
