@@ -64,8 +64,8 @@ class WalkPlan
     /*! Goes through the steps in order. enter(parent, step) comes first for each step (parent
         is NoStep for the root) and leaves the step's subtree out when it returns false;
         leave(step) follows for each step entered, once its subtree is done, before anything
-        after it. prefetch(step) comes up to ahead steps before the step is entered, once for
-        each step that is. */
+        after it. prefetch(step) comes once for each step before it is entered, up to ahead
+        steps early (steps skipped with a subtree may have had theirs). */
     template <class Enter, class Leave, class Prefetch>
     void run(Enter enter, Leave leave, UInt32 ahead, Prefetch prefetch);
 
