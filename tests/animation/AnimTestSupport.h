@@ -1,5 +1,5 @@
-// Helpers for the animation tests: curve construction, a de Casteljau reference evaluator and
-// a scope that keeps a container alive.
+// Helpers for the animation tests: curve and node construction, recorded edits and a de
+// Casteljau reference evaluator.
 #ifndef SKOSG_TESTS_ANIMATION_ANIMTESTSUPPORT_H
 #define SKOSG_TESTS_ANIMATION_ANIMTESTSUPPORT_H
 
@@ -48,6 +48,34 @@ inline XY deCasteljau(const CCPnt &a, const CCPnt &b, double u)
 inline void clearChanges(void)
 {
     Thread::getCurrentChangeList()->clearAll();
+}
+
+inline AnimNodePtr animNode(const NodeCorePtr &core, Vec2f offset = Vec2f(0.f, 0.f),
+                            Real32 scale = 1.f, bool hidden = false)
+{
+    AnimNodePtr n = AnimNode::create();
+    beginEditCP(n);
+    n->setCore(core);
+    n->setOffset(offset);
+    n->setScale(scale);
+    n->setHidden(hidden);
+    endEditCP(n);
+    return n;
+}
+
+// Recorded edits, as a host application makes them.
+inline void add(const NodePtr &parent, const NodePtr &child)
+{
+    beginEditCP(parent, Node::ChildrenFieldMask);
+    parent->addChild(child);
+    endEditCP(parent, Node::ChildrenFieldMask);
+}
+
+inline void setCore(const NodePtr &node, const NodeCorePtr &core)
+{
+    beginEditCP(node, Node::CoreFieldMask);
+    node->setCore(core);
+    endEditCP(node, Node::CoreFieldMask);
 }
 
 } // namespace animtest

@@ -26,16 +26,6 @@ using namespace animtest;
 
 namespace {
 
-AnimNodePtr animWith(const NodeCorePtr &core, bool hidden = false)
-{
-    AnimNodePtr n = AnimNode::create();
-    beginEditCP(n);
-    n->setCore(core);
-    n->setHidden(hidden);
-    endEditCP(n);
-    return n;
-}
-
 // OpenSG's pointer notation, "FCPtr 0x<pointer object>:<Type>Ptr(0x<container>)": the part
 // after the colon names the container; the pointer object's address differs per copy.
 std::string pointerText(const FieldContainerPtr &p)
@@ -94,18 +84,16 @@ TEST_F(AttachmentTest, RootMadeOnCreate)
 
 TEST_F(AttachmentTest, AddSubAndSearches)
 {
-    AnimNodePtr curve  = animWith(AnimCurve::create());
-    AnimNodePtr block  = animWith(AnimShot::create());
-    AnimNodePtr hidden = animWith(AnimCurve::create(), true);
+    AnimNodePtr curve  = animNode(AnimCurve::create());
+    AnimNodePtr block  = animNode(AnimShot::create());
+    AnimNodePtr hidden = animNode(AnimCurve::create(), Vec2f(0.f, 0.f), 1.f, true);
     NodePtr     plain  = Node::create();
     _att->addAnimation(curve);
     _att->addAnimation(curve);
     _att->addAnimation(block);
     _att->addAnimation(hidden);
     _att->addAnimation(NullFC);
-    beginEditCP(_att->getAnimationRoot(), Node::ChildrenFieldMask);
-    _att->getAnimationRoot()->addChild(plain);
-    endEditCP(_att->getAnimationRoot(), Node::ChildrenFieldMask);
+    add(_att->getAnimationRoot(), plain);
     EXPECT_EQ(_att->getAnimationRoot()->getNChildren(), 4u);
 
     std::vector<AnimNodePtr> out;
@@ -123,10 +111,8 @@ TEST_F(AttachmentTest, AddSubAndSearches)
     EXPECT_TRUE(_att->hasAnimations());
 
     EXPECT_FALSE(_att->hasVertexAnimation());
-    AnimNodePtr deep = animWith(VertexAnimCurves::create());
-    beginEditCP(block, Node::ChildrenFieldMask);
-    block->addChild(deep);
-    endEditCP(block, Node::ChildrenFieldMask);
+    AnimNodePtr deep = animNode(VertexAnimCurves::create());
+    add(block, deep);
     EXPECT_TRUE(_att->hasVertexAnimation());
 
     LogCapture log;
@@ -144,8 +130,7 @@ TEST_F(AttachmentTest, AddSubAndSearches)
 TEST_F(AttachmentTest, WarningsWithoutRootOrChild)
 {
     RefPtr<AnimAttachmentPtr> bare = withoutRoot();
-    AnimNodePtr anim = animWith(AnimCurve::create());
-    RefPtr<FieldContainerPtr>        ha(anim);
+    RefPtr<AnimNodePtr> anim(animNode(AnimCurve::create()));
 
     LogCapture log;
     bare->addAnimation(anim);
@@ -169,10 +154,9 @@ TEST_F(AttachmentTest, WarningsWithoutRootOrChild)
 
 TEST_F(AttachmentTest, TransferMovesEverythingSilently)
 {
-    AnimAttachmentPtr other = AnimAttachment::create();
-    RefPtr<FieldContainerPtr>              h(other);
-    AnimNodePtr       a = animWith(AnimCurve::create());
-    AnimNodePtr       b = animWith(AnimBlock::create(), true);
+    RefPtr<AnimAttachmentPtr> other(AnimAttachment::create());
+    AnimNodePtr       a = animNode(AnimCurve::create());
+    AnimNodePtr       b = animNode(AnimBlock::create(), Vec2f(0.f, 0.f), 1.f, true);
     _att->addAnimation(a);
     _att->addAnimation(b);
     LogCapture log;

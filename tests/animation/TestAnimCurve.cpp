@@ -87,8 +87,7 @@ TEST_F(AnimCurveTest, FieldIdsAndDefaults)
     CCPnt d;
     EXPECT_EQ(d.inTangentType, 2u);
     EXPECT_EQ(d.outTangentType, 2u);
-    AnimNodePtr               fresh = AnimNode::create();
-    RefPtr<FieldContainerPtr> h(fresh);
+    RefPtr<AnimNodePtr> fresh(AnimNode::create());
     EXPECT_TRUE(fresh->getMotionBlur());
     EXPECT_EQ(fresh->getScale(), 1.f);
     EXPECT_FALSE(fresh->getHidden());
@@ -120,8 +119,7 @@ TEST_F(AnimCurveTest, AddPointReplacesExactTimeOnlyAndRecomputesNeighbours)
     EXPECT_EQ(_curve->getControlPoints(j).outTangent, Vec2f(0.3f, 0.4f));
 
     // Forced linear interpolation never recomputes; a handle within 1e-6 of zero is stored as 0.
-    AnimCurvePtr              lin = AnimCurve::create();
-    RefPtr<FieldContainerPtr> h(lin);
+    RefPtr<AnimCurvePtr> lin(AnimCurve::create());
     lin->setForceLinearInterpolation(true);
     lin->addPoint(Pnt2f(0.f, 0.f), Z, Z, 1, 1, true, true);
     lin->addPoint(Pnt2f(1.f, 4.f), Vec2f(-0.5f, 0.f), Vec2f(1e-7f, 0.f), 1, 1, true, true);
@@ -236,11 +234,8 @@ TEST_F(AnimCurveTest, RemovingKeys)
 
 TEST_F(AnimCurveTest, VolumeIsTheKeysInTheXZPlane)
 {
-    NodePtr node = Node::create();
-    RefPtr<FieldContainerPtr>    h(node);
-    beginEditCP(node, Node::CoreFieldMask);
-    node->setCore(_curve);
-    endEditCP(node, Node::CoreFieldMask);
+    RefPtr<NodePtr> node(Node::create());
+    setCore(node, _curve);
     beginEditCP(_curve, AnimCurve::ControlPointsFieldMask);
     _curve->addPointSimple(Pnt2f(-1.f, 3.f));
     _curve->addPointSimple(Pnt2f(4.f, -2.f));
@@ -292,8 +287,7 @@ TEST(CCPntBinary, GoldenBytes)
 
 TEST(CCPntBinary, SmallCurveRecordAndLyingCount)
 {
-    AnimCurvePtr c = AnimCurve::create();
-    RefPtr<FieldContainerPtr>         h(c);
+    RefPtr<AnimCurvePtr> c(AnimCurve::create());
     c->setName("ab");
     c->editMFControlPoints()->push_back(CCPnt(Pnt2f(0.f, 1.f), Z, Vec2f(0.25f, 0.f), 0, 1));
     const BitVector mask = AnimCurve::NameFieldMask | AnimCurve::ControlPointsFieldMask;
@@ -307,8 +301,7 @@ TEST(CCPntBinary, SmallCurveRecordAndLyingCount)
     EXPECT_EQ(out.getBuffer(), expected);
     EXPECT_EQ(c->getBinSize(mask), expected.size());
 
-    AnimCurvePtr back = AnimCurve::create();
-    RefPtr<FieldContainerPtr>         hb(back);
+    RefPtr<AnimCurvePtr> back(AnimCurve::create());
     MemoryBinaryDataHandler in(expected.data(), expected.size());
     back->copyFromBin(in, mask);
     EXPECT_EQ(back->getName(), "ab");
@@ -318,8 +311,7 @@ TEST(CCPntBinary, SmallCurveRecordAndLyingCount)
     // A count promising more keys than the stream holds fails and changes nothing.
     Bytes lying = expected;
     lying[10] = 200;
-    AnimCurvePtr third = AnimCurve::create();
-    RefPtr<FieldContainerPtr>         ht(third);
+    RefPtr<AnimCurvePtr> third(AnimCurve::create());
     third->setName("keep");
     LogCapture quiet;
     MemoryBinaryDataHandler bad(lying.data(), lying.size());

@@ -34,24 +34,6 @@ AnimCurvePtr curveOf(std::initializer_list<std::array<float, 2>> keys)
     return c;
 }
 
-AnimNodePtr animNode(const NodeCorePtr &core, Vec2f offset, Real32 scale)
-{
-    AnimNodePtr n = AnimNode::create();
-    beginEditCP(n);
-    n->setCore(core);
-    n->setOffset(offset);
-    n->setScale(scale);
-    endEditCP(n);
-    return n;
-}
-
-void add(const NodePtr &parent, const NodePtr &child)
-{
-    beginEditCP(parent, Node::ChildrenFieldMask);
-    parent->addChild(child);
-    endEditCP(parent, Node::ChildrenFieldMask);
-}
-
 // R (group) -> A (curve t 0..4) -> A1 (curve t 2..6); R -> B (curve t -1..1).
 class TreeTest : public ::testing::Test
 {
@@ -139,15 +121,13 @@ TEST_F(TreeTest, TimeEditsPushDownInOrder)
     }
 
     // A vertex-animation core scales its own node in place about the pivot.
-    AnimNodePtr               v = animNode(VertexAnimCurves::create(), Vec2f(3.f, 7.f), 2.f);
-    RefPtr<FieldContainerPtr> hv(v);
+    RefPtr<AnimNodePtr> v(animNode(VertexAnimCurves::create(), Vec2f(3.f, 7.f), 2.f));
     v->scaleBy(0.5f, 1.f);
     EXPECT_EQ(v->getScale(), 1.f);
     EXPECT_EQ(v->getOffset(), Vec2f(2.f, 7.f));
 
     // Without keys or with negative postCycles flip changes nothing.
-    AnimNodePtr               empty = animNode(AnimCurve::create(), Vec2f(1.f, 0.f), 1.f);
-    RefPtr<FieldContainerPtr> he(empty);
+    RefPtr<AnimNodePtr> empty(animNode(AnimCurve::create(), Vec2f(1.f, 0.f), 1.f));
     empty->flip();
     EXPECT_EQ(empty->getScale(), 1.f);
     R->setPostCycles(-1);
@@ -190,8 +170,7 @@ TEST_F(TreeTest, NonFiniteArgumentsRefused)
 
 TEST(AnimNodeCallbacks, RegistrationLifetimeAndOnce)
 {
-    AnimNodePtr node = AnimNode::create();
-    RefPtr<FieldContainerPtr>        h(node);
+    RefPtr<AnimNodePtr> node(AnimNode::create());
     node->finishedAnimation();   // never registered: nothing happens
     node->unregisterSingleCallFinishedAnimationCallbacks();
     EXPECT_EQ(node->getNumFinishedAnimationCallbacks(), 0u);
@@ -230,15 +209,13 @@ TEST(AnimNodeCallbacks, RegistrationLifetimeAndOnce)
 
     // Copies do not carry the list.
     node->registerFinishedAnimationCallback(f, false);
-    AnimNodePtr copy = AnimNodePtr::dcast(node->shallowCopy());
-    RefPtr<FieldContainerPtr>        hc(copy);
+    RefPtr<AnimNodePtr> copy(AnimNodePtr::dcast(node->shallowCopy()));
     EXPECT_EQ(copy->getNumFinishedAnimationCallbacks(), 0u);
 }
 
 TEST(AnimNodeCallbacks, ReentrancyAndEmptyCallable)
 {
-    AnimNodePtr node = AnimNode::create();
-    RefPtr<FieldContainerPtr>        h(node);
+    RefPtr<AnimNodePtr> node(AnimNode::create());
     std::string log;
     AnimNode::CallbackPtr b, late;
     b    = std::make_shared<std::function<void()>>([&log] { log += "b"; });
@@ -283,8 +260,7 @@ TEST_F(TreeTest, CloneSharesCoresAndCopiesTheListedFields)
     R->setLocked(true);
     R->setAccumulatedParentOffset(Vec2f(1.f, 1.f));
 
-    AnimNodePtr c = cloneAnimTree(R, false);
-    RefPtr<FieldContainerPtr>        h(c);
+    RefPtr<AnimNodePtr> c(cloneAnimTree(R, false));
     ASSERT_EQ(c->getNChildren(), 2u);
     EXPECT_EQ(c->getCore(), R->getCore());
     EXPECT_FALSE(c->getPlaying());
@@ -302,18 +278,13 @@ TEST_F(TreeTest, CloneSharesCoresAndCopiesTheListedFields)
     EXPECT_EQ(ca->getOffset(), Vec2f(1.f, 0.5f));
     EXPECT_EQ(ca->getChild(0)->getCore(), A1->getCore());
 
-    AnimNodePtr withAll = cloneAnimTree(R, true);
-    RefPtr<FieldContainerPtr>        hw(withAll);
+    RefPtr<AnimNodePtr> withAll(cloneAnimTree(R, true));
     EXPECT_EQ(withAll->findAttachment(Name::getClassType()), R->findAttachment(Name::getClassType()));
 
     // A plain node root still gives an AnimNode.
-    NodePtr plain = Node::create();
-    RefPtr<FieldContainerPtr>    hp(plain);
-    beginEditCP(plain);
-    plain->setCore(A->getCore());
-    endEditCP(plain);
-    AnimNodePtr fromPlain = cloneAnimTree(plain, true);
-    RefPtr<FieldContainerPtr>        hf(fromPlain);
+    RefPtr<NodePtr> plain(Node::create());
+    setCore(plain, A->getCore());
+    RefPtr<AnimNodePtr> fromPlain(cloneAnimTree(plain, true));
     ASSERT_NE(fromPlain, NullFC);
     EXPECT_EQ(fromPlain->getCore(), A->getCore());
     EXPECT_EQ(cloneAnimTree(NullFC, true), NullFC);
@@ -322,19 +293,15 @@ TEST_F(TreeTest, CloneSharesCoresAndCopiesTheListedFields)
 TEST_F(TreeTest, DeepCloneAndUnshare)
 {
     // A and B share one curve; deep copies keep that sharing and leave the sources alone.
-    beginEditCP(B, Node::CoreFieldMask);
-    B->setCore(A->getCore());
-    endEditCP(B, Node::CoreFieldMask);
-    AnimNodePtr d = deepCloneAnimTree(R, "");
-    RefPtr<FieldContainerPtr>        h(d);
+    setCore(B, A->getCore());
+    RefPtr<AnimNodePtr> d(deepCloneAnimTree(R, ""));
     NodeCorePtr da = d->getChild(0)->getCore(), db = d->getChild(1)->getCore();
     EXPECT_NE(da, A->getCore());
     EXPECT_EQ(da, db);
     EXPECT_EQ(AnimCurvePtr::dcast(da)->getControlPoints().size(), 2u);
     EXPECT_EQ(AnimNodePtr::dcast(d->getChild(0))->getOffset(), Vec2f(1.f, 0.5f));
 
-    AnimNodePtr shared = deepCloneAnimTree(R, std::vector<std::string>{ "AnimObject" });
-    RefPtr<FieldContainerPtr>        hs(shared);
+    RefPtr<AnimNodePtr> shared(deepCloneAnimTree(R, std::vector<std::string>{ "AnimObject" }));
     EXPECT_EQ(shared->getChild(0)->getCore(), A->getCore());
 
     // unshareTree: listed types stay shared; otherwise each node ends with a core of its own.
@@ -375,13 +342,11 @@ TEST_F(TreeTest, CyclesSharedNodesAndOtherTypesFromFiles)
     EXPECT_TRUE(R->getBounds(lo, hi));
 
     // Copies take every node type, each node once.
-    AnimNodePtr               c = cloneAnimTree(R, true);
-    RefPtr<FieldContainerPtr> h(c);
+    RefPtr<AnimNodePtr> c(cloneAnimTree(R, true));
     EXPECT_EQ(c->getChild(0)->getChild(0)->getNChildren(), 0u);
     ASSERT_EQ(c->getChild(1)->getNChildren(), 1u);
     EXPECT_EQ(c->getChild(1)->getChild(0)->getChild(0)->getCore(), below->getCore());
-    AnimNodePtr               d = deepCloneAnimTree(R, "");
-    RefPtr<FieldContainerPtr> hd(d);
+    RefPtr<AnimNodePtr> d(deepCloneAnimTree(R, ""));
     EXPECT_EQ(d->getChild(1)->getNChildren(), 1u);
     R->unshareTree("");
     A1->editMFChildren()->clear();
@@ -400,9 +365,7 @@ TEST(AnimNodeDepth, HundredThousandDeepChain)
         last->addChild(next);
         last = next;
     }
-    beginEditCP(last, Node::CoreFieldMask);
-    last->setCore(curveOf({ { 0, 0 }, { 2, 1 } }));
-    endEditCP(last, Node::CoreFieldMask);
+    setCore(last, curveOf({ { 0, 0 }, { 2, 1 } }));
 
     root->moveBy(1.f, 0.f);
     EXPECT_EQ(last->getOffset(), Vec2f(1.f, 0.f));

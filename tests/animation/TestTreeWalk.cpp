@@ -43,70 +43,84 @@ TEST(VisitedIds, AgreesWithASet)
 
 namespace {
 
+// n nodes (every seventh a plain Node), node i > 0 listed under a random earlier node, then
+// `extra` entries from random nodes to random nodes (shared nodes, cycles, duplicates) and
+// `nulls` null entries. The lists hold no references: the graph holds every node.
 struct Graph
 {
-    std::vector<RefPtr<NodePtr>> nodes; // holds every node; the lists below hold no references
+    std::vector<RefPtr<NodePtr>> nodes;
 
+    Graph(std::mt19937 &rng, size_t n, size_t extra, size_t nulls)
+    {
+        for(size_t i = 0; i < n; ++i)
+            nodes.emplace_back(i % 7 == 3 ? Node::create() : NodePtr(AnimNode::create()));
+        for(size_t i = 1; i < n; ++i)
+            (*this)[rng() % i]->editMFChildren()->push_back(nodes[i]);
+        for(size_t e = 0; e < extra; ++e)
+            (*this)[rng() % n]->editMFChildren()->push_back(nodes[rng() % n]);
+        for(size_t e = 0; e < nulls; ++e)
+        {
+            MFNodePtr &list = *(*this)[rng() % n]->editMFChildren();
+            list.insert(list.begin() + rng() % (list.size() + 1), NullFC);
+        }
+    }
     ~Graph()
     {
         for(auto &n : nodes)
             n->editMFChildren()->clear();
     }
-    Node *operator[](size_t i) const { return nodes[i].get().getCPtr(); }
-    size_t indexOf(const Node *n) const
+    Node       *operator[](size_t i) const { return nodes[i].getCPtr(); }
+    std::string name(const Node *n) const
     {
         size_t i = 0;
         while(i < nodes.size() && (*this)[i] != n)
             ++i;
-        return i;
+        return n == NULL ? "-" : std::to_string(i);
+    }
+    std::string describe(const std::vector<anim::WalkStep> &steps) const
+    {
+        std::string s;
+        for(const anim::WalkStep &st : steps)
+            s += name(st.node) + "/" + std::to_string(st.end) + (st.leaf ? "L " : " ");
+        return s;
     }
 };
 
-// n nodes (every seventh a plain Node), node i > 0 listed under a random earlier node, then
-// `extra` further entries from random nodes to random nodes (shared nodes, cycles, duplicates)
-// and `nulls` null entries.
-void build(Graph &g, std::mt19937 &rng, size_t n, size_t extra, size_t nulls)
-{
-    for(size_t i = 0; i < n; ++i)
-        g.nodes.push_back(RefPtr<NodePtr>(i % 7 == 3 ? Node::create() : NodePtr(AnimNode::create())));
-    for(size_t i = 1; i < n; ++i)
-        g[rng() % i]->editMFChildren()->push_back(NodePtr(g[i]));
-    for(size_t e = 0; e < extra; ++e)
-        g[rng() % n]->editMFChildren()->push_back(NodePtr(g[rng() % n]));
-    for(size_t e = 0; e < nulls; ++e)
-    {
-        MFNodePtr &list = *g[rng() % n]->editMFChildren();
-        list.insert(list.begin() + rng() % (list.size() + 1), NullFC);
-    }
-}
-
 // The walk as a recursive function: children in list order, a node met before ends the branch.
-void reference(Node *node, bool animOnly, std::set<Node *> &seen, std::vector<anim::WalkStep> &out)
+// The steps cover every node; the events ("+parent>node" on entering, "<" on leaving) stop at a
+// refused node, which is entered but neither left nor descended into.
+struct Reference
 {
-    const size_t at = out.size();
-    out.push_back(anim::WalkStep{ node, 0, node->getNChildren() == 0 });
-    for(const NodePtr &c : node->getChildren())
-    {
-        Node *child = c.getCPtr();
-        if(child == NULL || (animOnly && dynamic_cast<AnimNode *>(child) == NULL) ||
-           !seen.insert(child).second)
-            continue;
-        reference(child, animOnly, seen, out);
-    }
-    out[at].end = UInt32(out.size());
-}
+    const Graph                &g;
+    bool                        animOnly;
+    std::set<Node *>            seen;
+    std::vector<anim::WalkStep> steps;
+    std::string                 events;
 
-std::string describe(const std::vector<anim::WalkStep> &steps, const Graph &g)
-{
-    std::string s;
-    for(const anim::WalkStep &st : steps)
-        s += std::to_string(g.indexOf(st.node)) + "/" + std::to_string(st.end) + (st.leaf ? "L " : " ");
-    return s;
-}
+    void walk(Node *parent, Node *node, bool emit)
+    {
+        const size_t at      = steps.size();
+        const bool   refused = refusedAt(node);
+        steps.push_back(anim::WalkStep{ node, 0, node->getNChildren() == 0 });
+        if(emit)
+            events += "+" + g.name(parent) + ">" + g.name(node);
+        for(const NodePtr &c : node->getChildren())
+        {
+            Node *child = c.getCPtr();
+            if(child != NULL && (!animOnly || dynamic_cast<AnimNode *>(child) != NULL) &&
+               seen.insert(child).second)
+                walk(node, child, emit && !refused);
+        }
+        steps[at].end = UInt32(steps.size());
+        if(emit && !refused)
+            events += "<";
+    }
+    bool refusedAt(const Node *n) const { return std::stoul("0" + g.name(n)) % 5 == 4; }
+};
 
 } // namespace
 
-TEST(WalkPlan, MatchesTheRecursiveWalk)
+TEST(WalkPlan, PlanAndRunMatchTheRecursiveWalk)
 {
     struct Shape
     {
@@ -118,70 +132,44 @@ TEST(WalkPlan, MatchesTheRecursiveWalk)
                              { "self loop", 2, 2, 0 },       { "dense graph", 40, 200, 10 } };
     std::mt19937 rng(11);
     for(const Shape &shape : shapes)
-    {
         for(int seed = 0; seed < 4; ++seed)
         {
-            Graph g;
-            build(g, rng, shape.nodes, shape.extra, shape.nulls);
+            Graph g(rng, shape.nodes, shape.extra, shape.nulls);
             for(size_t r : { size_t(0), shape.nodes / 2 })
-            {
                 for(bool animOnly : { false, true })
                 {
-                    std::vector<anim::WalkStep> expected;
-                    std::set<Node *>            seen{ g[r] };
-                    reference(g[r], animOnly, seen, expected);
-                    anim::WalkPlan plan(g[r], animOnly);
-                    ASSERT_EQ(describe(plan.steps(), g), describe(expected, g))
-                        << shape.what << ", root " << r << ", animOnly " << animOnly;
+                    Reference ref{ g, animOnly, { g[r] }, {}, {} };
+                    ref.walk(NULL, g[r], true);
+                    const std::string where = std::string(shape.what) + ", root " +
+                                              std::to_string(r) + ", animOnly " +
+                                              std::to_string(animOnly);
+                    anim::WalkPlan                     plan(g[r], animOnly);
+                    const std::vector<anim::WalkStep> &steps = plan.steps();
+                    ASSERT_EQ(g.describe(steps), g.describe(ref.steps)) << where;
+
+                    // Entering a refused node fails: its subtree is left out and it is not left.
+                    std::string            events;
+                    std::set<const Node *> prefetched;
+                    plan.run(
+                        [&](UInt32 parent, UInt32 i) {
+                            events += "+" +
+                                      g.name(parent == anim::WalkPlan::NoStep ? NULL
+                                                                              : steps[parent].node) +
+                                      ">" + g.name(steps[i].node);
+                            EXPECT_TRUE(prefetched.count(steps[i].node)) << where << ", step " << i;
+                            return !ref.refusedAt(steps[i].node);
+                        },
+                        [&](UInt32) { events += "<"; }, 3,
+                        [&](const anim::WalkStep &ahead) { prefetched.insert(ahead.node); });
+                    ASSERT_EQ(events, ref.events) << where;
                 }
-            }
         }
-    }
-    anim::WalkPlan none(NULL, true);
-    EXPECT_TRUE(none.steps().empty());
-}
 
-TEST(WalkPlan, RunEntersAndLeavesInDepthFirstOrder)
-{
-    std::mt19937 rng(5);
-    Graph        g;
-    build(g, rng, 200, 0, 0);
-    // Entering every fifth node fails: its subtree is left out, and it is not left.
-    auto refused = [&g](const Node *n) { return g.indexOf(n) % 5 == 4; };
-    std::string expected;
-    std::function<void(const Node *, const Node *)> visit = [&](const Node *parent, const Node *node) {
-        expected += "+" + (parent ? std::to_string(g.indexOf(parent)) : std::string("-")) + ">" +
-                    std::to_string(g.indexOf(node));
-        if(refused(node))
-            return;
-        for(const NodePtr &c : node->getChildren())
-            visit(node, c.getCPtr());
-        expected += "<";
-    };
-    visit(NULL, g[0]);
-
-    anim::WalkPlan                     plan(g[0], false);
-    const std::vector<anim::WalkStep> &steps = plan.steps();
-    std::string                        got;
-    std::set<const Node *>             prefetched;
-    plan.run(
-        [&](UInt32 parent, UInt32 i) {
-            got += "+" +
-                   (parent == anim::WalkPlan::NoStep ? std::string("-")
-                                                     : std::to_string(g.indexOf(steps[parent].node))) +
-                   ">" + std::to_string(g.indexOf(steps[i].node));
-            EXPECT_TRUE(prefetched.count(steps[i].node)) << "step " << i;
-            return !refused(steps[i].node);
-        },
-        [&](UInt32) { got += "<"; }, 3,
-        [&](const anim::WalkStep &ahead) { prefetched.insert(ahead.node); });
-    EXPECT_EQ(got, expected);
-
-    // A plan made while another is alive has buffers of its own.
-    Graph other;
-    build(other, rng, 50, 0, 0);
-    anim::WalkPlan inner(other[0], false);
+    // A plan made while another is alive has buffers of its own; a null root plans nothing.
+    Graph          a(rng, 200, 0, 0), b(rng, 50, 0, 0);
+    anim::WalkPlan outer(a[0], false), inner(b[0], false), none(NULL, true);
+    EXPECT_EQ(outer.steps().size(), 200u);
     EXPECT_EQ(inner.steps().size(), 50u);
-    EXPECT_EQ(steps.size(), 200u);
-    EXPECT_EQ(steps[0].node, g[0]);
+    EXPECT_EQ(outer.steps()[0].node, a[0]);
+    EXPECT_TRUE(none.steps().empty());
 }
