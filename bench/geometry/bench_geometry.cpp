@@ -1,7 +1,8 @@
 // Vertex unification of a 3M-corner UV-sphere soup against meshopt_generateVertexRemap (exact
-// tolerances; both must find 502,500 vertices), Phong subdivision x2 of a 65,536-triangle torus
-// against OpenSubdiv's Loop refinement x2 (output triangles per second), tangent frames on a
-// 1M-vertex grid, and adaptive subdivision of the torus for the record.
+// tolerances; all must find 502,500 vertices), on plain arrays and through the graph operation;
+// Phong subdivision x2 of a 65,536-triangle torus against OpenSubdiv's Loop refinement x2 (output
+// triangles per second), tangent frames on a 1M-vertex grid, and adaptive subdivision of the
+// torus for the record.
 
 #include <OpenSGExt/Geometry/detail/skSubdivide.h>
 #include <OpenSGExt/Geometry/detail/skTangentSpace.h>
@@ -174,41 +175,49 @@ void BM_Unify_Sphere(benchmark::State &state)
 BENCHMARK(BM_Unify_Sphere)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 // The whole graph operation on a non-indexed Geometry holding the soup: index creation,
-// validation, unification and writing the indices back.
+// validation, unification and writing the indices back. Built on first use, released at the end.
+GeometryPtr &sphereGeometrySlot(void)
+{
+    static GeometryPtr geo;
+    return geo;
+}
+
 GeometryPtr sphereGeometry(void)
 {
-    static GeometryPtr geo = [] {
-        const SpherePlanar &planar = spherePlanar();
-        GeometryPtr g = Geometry::create();
-        addRefCP(g);
-        GeoPositions3fPtr pos = GeoPositions3f::create();
-        GeoNormals3fPtr nor = GeoNormals3f::create();
-        GeoTexCoords2fPtr tex = GeoTexCoords2f::create();
-        const std::size_t n = sphere().corners.size();
-        pos->editField().getValues().resize(n);
-        nor->editField().getValues().resize(n);
-        tex->editField().getValues().resize(n);
-        std::memcpy(pos->editData(), planar.p.data(), planar.p.size() * sizeof(float));
-        std::memcpy(nor->editData(), planar.n.data(), planar.n.size() * sizeof(float));
-        std::memcpy(tex->editData(), planar.t.data(), planar.t.size() * sizeof(float));
-        GeoPTypesUI8Ptr types = GeoPTypesUI8::create();
-        types->editField().push_back(UInt8(GL_TRIANGLES));
-        GeoPLengthsUI32Ptr lengths = GeoPLengthsUI32::create();
-        lengths->editField().push_back(UInt32(n));
-        beginEditCP(g);
-        g->setTypes(types);
-        g->setLengths(lengths);
-        g->setPositions(pos);
-        g->setNormals(nor);
-        g->setTexCoords(tex);
-        endEditCP(g);
-        return g;
-    }();
+    GeometryPtr &geo = sphereGeometrySlot();
+    if(geo != NullFC)
+        return geo;
+    const SpherePlanar &planar = spherePlanar();
+    geo = Geometry::create();
+    addRefCP(geo);
+    GeoPositions3fPtr pos = GeoPositions3f::create();
+    GeoNormals3fPtr nor = GeoNormals3f::create();
+    GeoTexCoords2fPtr tex = GeoTexCoords2f::create();
+    const std::size_t n = sphere().corners.size();
+    pos->editField().getValues().resize(n);
+    nor->editField().getValues().resize(n);
+    tex->editField().getValues().resize(n);
+    std::memcpy(pos->editData(), planar.p.data(), planar.p.size() * sizeof(float));
+    std::memcpy(nor->editData(), planar.n.data(), planar.n.size() * sizeof(float));
+    std::memcpy(tex->editData(), planar.t.data(), planar.t.size() * sizeof(float));
+    GeoPTypesUI8Ptr types = GeoPTypesUI8::create();
+    types->editField().push_back(UInt8(GL_TRIANGLES));
+    GeoPLengthsUI32Ptr lengths = GeoPLengthsUI32::create();
+    lengths->editField().push_back(UInt32(n));
+    beginEditCP(geo);
+    geo->setTypes(types);
+    geo->setLengths(lengths);
+    geo->setPositions(pos);
+    geo->setNormals(nor);
+    geo->setTexCoords(tex);
+    endEditCP(geo);
     return geo;
 }
 SKBENCH_CLEANUP([] {
-    GeometryPtr geo = sphereGeometry();
-    subRefCP(geo);
+    GeometryPtr &geo = sphereGeometrySlot();
+    if(geo != NullFC)
+        subRefCP(geo);
+    geo = NullFC;
 });
 
 void BM_UnifyGraphOp_Sphere(benchmark::State &state)
