@@ -1,6 +1,4 @@
 #include <OpenSGExt/OSGSubdivideGeometryGraphOp.h>
-#include <OpenSGExt/Geometry/detail/skGeometrySkin.h>
-#include <OpenSGExt/Geometry/detail/skSubdivide.h>
 #include <OpenSGExt/Geometry/detail/skSubdivideGeometry.h>
 
 #include <OpenSG/OSGNode.h>
@@ -42,10 +40,9 @@ bool SubdivideGeometryGraphOp::needsToBeSubdivided(const Pnt3f &a, const Pnt3f &
 
 bool SubdivideGeometryGraphOp::travNodeEnter(const NodePtr &node)
 {
-    if(node == NullFC || node->getCore() == NullFC)
-        return false;
-    GeometryPtr geo = GeometryPtr::dcast(node->getCore());
-    if(geo == NullFC || detail::geometryHasSkinning(geo) || geo->getPositions() == NullFC)
+    const GeometryPtr geo =
+        node != NullFC ? GeometryPtr::dcast(node->getCore()) : GeometryPtr(NullFC);
+    if(geo == NullFC || detail::skipsSubdivision(geo))
         return false;
 
     // Checked before the first triangle, so that a bad length never reaches the recursion.
@@ -57,32 +54,12 @@ bool SubdivideGeometryGraphOp::travNodeEnter(const NodePtr &node)
         return false;
     }
 
-    const detail::SubdivLayout layout = detail::SubdivLayout::of(geo);
-    _attributes    = layout.mask();
-    _triangleCount = 0;
-    _status        = Int32(detail::SubdivStatus::Ok);
-    _out.clear();
-    detail::forEachSubdivTriangle(geo, [this](const detail::SubdivCorners &k) {
-        if(_status != Int32(detail::SubdivStatus::Ok))
-            return;
-        processTriangle(k.p[0], k.p[1], k.p[2], k.n[0], k.n[1], k.n[2],
-                        k.c[0], k.c[1], k.c[2], k.sc[0], k.sc[1], k.sc[2],
-                        k.t[0][0], k.t[0][1], k.t[0][2], k.t[1][0], k.t[1][1], k.t[1][2],
-                        k.t[2][0], k.t[2][1], k.t[2][2], k.t[3][0], k.t[3][1], k.t[3][2],
-                        k.t[4][0], k.t[4][1], k.t[4][2], k.t[5][0], k.t[5][1], k.t[5][2],
-                        k.t6[0], k.t6[1], k.t6[2], k.t7[0], k.t7[1], k.t7[2]);
-    });
-    if(_status != Int32(detail::SubdivStatus::Ok))
-    {
-        SWARNING << "SubdivideGeometryGraphOp: "
-                 << detail::subdivStatusText(detail::SubdivStatus(_status))
+    const detail::SubdivStatus status = detail::subdivideGeometry(
+        geo, 0, { _attributes, _triangleCount, _status, _out },
+        [this](const auto &...corners) { processTriangle(corners...); });
+    if(status != detail::SubdivStatus::Ok)
+        SWARNING << "SubdivideGeometryGraphOp: " << detail::subdivStatusText(status)
                  << "; the geometry is left unchanged" << std::endl;
-        _out.clear();
-        _triangleCount = 0;
-        return false;
-    }
-    detail::writeTriangleSoup(geo, layout, _out);
-    std::vector<Real32>().swap(_out);
     return false;
 }
 
@@ -102,18 +79,15 @@ void SubdivideGeometryGraphOp::processTriangle(
     const Vec4f &t72)
 {
     const detail::SubdivLayout layout = detail::SubdivLayout::fromMask(_attributes);
-    const Vec2f *tex0[6] = { &t00, &t10, &t20, &t30, &t40, &t50 };
-    const Vec2f *tex1[6] = { &t01, &t11, &t21, &t31, &t41, &t51 };
-    const Vec2f *tex2[6] = { &t02, &t12, &t22, &t32, &t42, &t52 };
     Real32 soup[3 * detail::MaxSubdivWidth];
-    layout.pack(soup, p0, n0, c0, sc0, tex0, t60, t70);
-    layout.pack(soup + layout.width, p1, n1, c1, sc1, tex1, t61, t71);
-    layout.pack(soup + 2 * layout.width, p2, n2, c2, sc2, tex2, t62, t72);
+    layout.pack(soup, detail::cornersOf(p0, p1, p2, n0, n1, n2, c0, c1, c2, sc0, sc1, sc2, t00,
+                                        t01, t02, t10, t11, t12, t20, t21, t22, t30, t31, t32,
+                                        t40, t41, t42, t50, t51, t52, t60, t61, t62, t70, t71,
+                                        t72));
 
     const UInt64 left = _maxTriangles > _triangleCount ? _maxTriangles - _triangleCount : 0;
-    const detail::SubdivStatus status =
-        detail::subdivideAdaptive(soup, 1, layout.width, _maxEdgeLength, std::size_t(left), _out);
-    _status        = Int32(status);
+    _status = Int32(detail::subdivideAdaptive(soup, 1, layout.width, _maxEdgeLength,
+                                              std::size_t(left), _out));
     _triangleCount = UInt32(_out.size() / (3 * layout.width));
 }
 

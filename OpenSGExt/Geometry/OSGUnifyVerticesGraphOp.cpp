@@ -7,7 +7,6 @@
 #include <OpenSG/OSGNode.h>
 #include <OpenSG/OSGLog.h>
 
-#include <cstring>
 #include <vector>
 
 namespace osg {
@@ -45,30 +44,23 @@ detail::CompareAttribute viewOf(GeoPropertyArrayInterface *prop, UInt32 attribut
     return at;
 }
 
-std::vector<UInt32> readIndices(const GeoIndicesPtr &indices)
+// The indices as 32-bit values: the property's own array when it holds them so, else a copy.
+const UInt32 *indexValues(const GeoIndicesPtr &indices, std::vector<UInt32> &copy)
 {
-    std::vector<UInt32> values(indices->getSize());
     if(indices->getFormat() == GL_UNSIGNED_INT && indices->getFormatSize() == 4)
-    {
-        if(!values.empty())
-            std::memcpy(values.data(), indices->getData(), values.size() * sizeof(UInt32));
-    }
-    else
-    {
-        for(UInt32 i = 0; i < values.size(); ++i)
-            values[i] = indices->getValue(i);
-    }
-    return values;
+        return reinterpret_cast<const UInt32 *>(indices->getData());
+    copy.resize(indices->getSize());
+    for(UInt32 i = 0; i < copy.size(); ++i)
+        copy[i] = indices->getValue(i);
+    return copy.data();
 }
 
-void writeIndices(const GeoIndicesPtr &indices, const std::vector<UInt32> &values)
+void writeIndices(const GeoIndicesPtr &indices, std::vector<UInt32> &values)
 {
     beginEditCP(indices, indices->getValuesFieldMask());
-    if(indices->getFormat() == GL_UNSIGNED_INT && indices->getFormatSize() == 4)
-    {
-        if(!values.empty())
-            std::memcpy(indices->editData(), values.data(), values.size() * sizeof(UInt32));
-    }
+    GeoIndicesUI32Ptr ui32 = GeoIndicesUI32Ptr::dcast(indices);
+    if(ui32 != NullFC)
+        ui32->editField().getValues().swap(values);
     else
     {
         for(UInt32 i = 0; i < values.size(); ++i)
@@ -192,14 +184,18 @@ void UnifyVerticesGraphOp::unify(const GeometryPtr &geo)
     }
 
     GeoIndicesPtr indices = geo->getIndices();
-    std::vector<UInt32> values = readIndices(indices);
+    std::vector<UInt32> copy;
+    const UInt32 *values = indexValues(indices, copy);
+    const std::size_t count = indices->getSize();
     detail::VertexUnifier unifier(context);
-    std::string problem = unifier.validate(values.data(), values.size());
-    if(problem.empty())
+    std::string problem = unifier.validate(values, count);
+    if(problem.empty() && context.attr[0].kind == detail::CompareAttribute::None)
     {
-        for(UInt32 i = 0; i < values.size() && problem.empty(); ++i)
+        // Compared positions were checked with the rest.
+        const UInt32 numPositions = positions->getSize();
+        for(std::size_t i = 0; i < count && problem.empty(); ++i)
         {
-            if(values[i] >= positions->getSize())
+            if(values[i] >= numPositions)
                 problem = "an index is past the positions";
         }
     }
@@ -212,8 +208,9 @@ void UnifyVerticesGraphOp::unify(const GeometryPtr &geo)
         return;
     }
 
-    unifier.run(values.data(), values.size());
-    writeIndices(indices, values);
+    std::vector<UInt32> result(count);
+    unifier.run(values, count, result.data());
+    writeIndices(indices, result);
     detail::remapSkinAfterUnify(geo, [&unifier](UInt32 v) { return unifier.find(v); });
 }
 

@@ -1,11 +1,21 @@
 // Vertex unification of a 3M-corner UV-sphere soup against meshopt_generateVertexRemap (exact
-// tolerances; both must find 502,500 vertices), Phong subdivision x2 of a 65,536-triangle torus
-// against OpenSubdiv's Loop refinement x2 (output triangles per second), tangent frames on a
-// 1M-vertex grid, and adaptive subdivision of the torus for the record.
+// tolerances; all must find 502,500 vertices), on plain arrays and through the graph operation;
+// Phong subdivision x2 of a 65,536-triangle torus against OpenSubdiv's Loop refinement x2 (output
+// triangles per second), tangent frames on a 1M-vertex grid, and adaptive subdivision of the
+// torus for the record.
 
 #include <OpenSGExt/Geometry/detail/skSubdivide.h>
 #include <OpenSGExt/Geometry/detail/skTangentSpace.h>
 #include <OpenSGExt/Geometry/detail/skUnifyVertices.h>
+#include <OpenSGExt/OSGUnifyVerticesGraphOp.h>
+
+#include <OpenSG/OSGChangeList.h>
+#include <OpenSG/OSGGeoNormals3f.h>
+#include <OpenSG/OSGGeoPLengthsUI32.h>
+#include <OpenSG/OSGGeoPTypesUI8.h>
+#include <OpenSG/OSGGeoPositions3f.h>
+#include <OpenSG/OSGGeoTexCoords2f.h>
+#include <OpenSG/OSGThread.h>
 
 #include "support/BenchSupport.h"
 
@@ -15,9 +25,11 @@
 #include <opensubdiv/far/topologyDescriptor.h>
 
 #include <cmath>
+#include <cstring>
 #include <iomanip>
 #include <memory>
 #include <ostream>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -91,30 +103,16 @@ const SphereSoup &sphere()
     return s;
 }
 
-detail::VertexCompareContext sphereContext(const SphereSoup &s)
-{
-    detail::VertexCompareContext ctx;   // exact tolerances throughout
-    const UInt32 n = UInt32(s.corners.size());
-    const UInt32 slots[3] = { 0, 1, 4 }, offsets[3] = { 0, 3, 6 };
-    const UInt8 dims[3] = { 3, 3, 2 };
-    for(int k = 0; k < 3; ++k)
-    {
-        detail::CompareAttribute &at = ctx.attr[slots[k]];
-        at.kind = detail::CompareAttribute::Floats;
-        at.dim  = dims[k];
-        at.size = n;
-        at.angle = k == 1;
-        (void)offsets;
-    }
-    return ctx;
-}
-
 // The comparison views need planar arrays.
 struct SpherePlanar
 {
     std::vector<float> p, n, t;
     SpherePlanar()
     {
+        const std::size_t count = sphere().corners.size();
+        p.reserve(3 * count);
+        n.reserve(3 * count);
+        t.reserve(2 * count);
         for(const SphereSoup::Vertex &v : sphere().corners)
         {
             p.insert(p.end(), v.p, v.p + 3);
@@ -124,25 +122,49 @@ struct SpherePlanar
     }
 };
 
+const SpherePlanar &spherePlanar()
+{
+    static const SpherePlanar s;
+    return s;
+}
+
+// Positions, normals (compared by angle, as the graph operation does) and texture coordinates 0,
+// all with zero tolerances.
+detail::VertexCompareContext sphereContext(void)
+{
+    const SpherePlanar &planar = spherePlanar();
+    const UInt32 n = UInt32(sphere().corners.size());
+    const float *arrays[3] = { planar.p.data(), planar.n.data(), planar.t.data() };
+    const UInt32 slots[3] = { 0, 1, 4 };
+    const UInt8 dims[3] = { 3, 3, 2 };
+    detail::VertexCompareContext ctx;
+    for(int k = 0; k < 3; ++k)
+    {
+        detail::CompareAttribute &at = ctx.attr[slots[k]];
+        at.data  = arrays[k];
+        at.kind  = detail::CompareAttribute::Floats;
+        at.dim   = dims[k];
+        at.size  = n;
+        at.angle = k == 1;
+    }
+    return ctx;
+}
+
 void BM_Unify_Sphere(benchmark::State &state)
 {
-    static const SpherePlanar planar;
-    detail::VertexCompareContext ctx = sphereContext(sphere());
-    ctx.attr[0].data = planar.p.data();
-    ctx.attr[1].data = planar.n.data();
-    ctx.attr[4].data = planar.t.data();
+    const detail::VertexCompareContext ctx = sphereContext();
     const std::size_t n = sphere().corners.size();
-    std::vector<UInt32> indices(n);
+    std::vector<UInt32> identity(n), indices(n);
+    for(std::size_t i = 0; i < n; ++i)
+        identity[i] = UInt32(i);
     std::size_t distinct = 0;
     bool hash = false;
     for(auto _ : state)
     {
-        for(std::size_t i = 0; i < n; ++i)
-            indices[i] = UInt32(i);
         detail::VertexUnifier unifier(ctx);
-        if(!unifier.validate(indices.data(), n).empty())
+        if(!unifier.validate(identity.data(), n).empty())
             state.SkipWithError("invalid input");
-        distinct = unifier.run(indices.data(), n);
+        distinct = unifier.run(identity.data(), n, indices.data());
         hash = unifier.usedHash();
         benchmark::DoNotOptimize(indices.data());
     }
@@ -151,6 +173,78 @@ void BM_Unify_Sphere(benchmark::State &state)
     state.SetItemsProcessed(int64_t(state.iterations()) * int64_t(n));
 }
 BENCHMARK(BM_Unify_Sphere)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// The whole graph operation on a non-indexed Geometry holding the soup: index creation,
+// validation, unification and writing the indices back. Built on first use, released at the end.
+GeometryPtr &sphereGeometrySlot(void)
+{
+    static GeometryPtr geo;
+    return geo;
+}
+
+GeometryPtr sphereGeometry(void)
+{
+    GeometryPtr &geo = sphereGeometrySlot();
+    if(geo != NullFC)
+        return geo;
+    const SpherePlanar &planar = spherePlanar();
+    geo = Geometry::create();
+    addRefCP(geo);
+    GeoPositions3fPtr pos = GeoPositions3f::create();
+    GeoNormals3fPtr nor = GeoNormals3f::create();
+    GeoTexCoords2fPtr tex = GeoTexCoords2f::create();
+    const std::size_t n = sphere().corners.size();
+    pos->editField().getValues().resize(n);
+    nor->editField().getValues().resize(n);
+    tex->editField().getValues().resize(n);
+    std::memcpy(pos->editData(), planar.p.data(), planar.p.size() * sizeof(float));
+    std::memcpy(nor->editData(), planar.n.data(), planar.n.size() * sizeof(float));
+    std::memcpy(tex->editData(), planar.t.data(), planar.t.size() * sizeof(float));
+    GeoPTypesUI8Ptr types = GeoPTypesUI8::create();
+    types->editField().push_back(UInt8(GL_TRIANGLES));
+    GeoPLengthsUI32Ptr lengths = GeoPLengthsUI32::create();
+    lengths->editField().push_back(UInt32(n));
+    beginEditCP(geo);
+    geo->setTypes(types);
+    geo->setLengths(lengths);
+    geo->setPositions(pos);
+    geo->setNormals(nor);
+    geo->setTexCoords(tex);
+    endEditCP(geo);
+    return geo;
+}
+SKBENCH_CLEANUP([] {
+    GeometryPtr &geo = sphereGeometrySlot();
+    if(geo != NullFC)
+        subRefCP(geo);
+    geo = NullFC;
+});
+
+void BM_UnifyGraphOp_Sphere(benchmark::State &state)
+{
+    GeometryPtr geo = sphereGeometry();
+    UnifyVerticesGraphOp op;
+    op.setNormalEpsilon(0.f);
+    op.setTexCoordEpsilon(0.f);
+    std::set<UInt32> distinct;
+    for(auto _ : state)
+    {
+        state.PauseTiming();
+        beginEditCP(geo, Geometry::IndicesFieldMask | Geometry::IndexMappingFieldMask);
+        geo->setIndices(NullFC);
+        geo->editMFIndexMapping()->clear();
+        endEditCP(geo, Geometry::IndicesFieldMask | Geometry::IndexMappingFieldMask);
+        Thread::getCurrentChangeList()->clearAll();
+        state.ResumeTiming();
+        op.process(geo);
+    }
+    const GeoIndicesPtr indices = geo->getIndices();
+    for(UInt32 i = 0; indices != NullFC && i < indices->getSize(); ++i)
+        distinct.insert(indices->getValue(i));
+    state.counters["vertices"] = double(distinct.size());
+    state.SetItemsProcessed(int64_t(state.iterations()) * int64_t(sphere().corners.size()));
+}
+BENCHMARK(BM_UnifyGraphOp_Sphere)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void BM_Unify_Sphere_Meshopt(benchmark::State &state)
 {
@@ -374,6 +468,7 @@ BENCHMARK(BM_Tangents_Grid)->Unit(benchmark::kMillisecond)->UseRealTime();
 SKBENCH_REPORT([](std::ostream &os, const skbench::Results &r) {
     const std::string unify = "BM_Unify_Sphere/real_time";
     const std::string meshopt = "BM_Unify_Sphere_Meshopt/real_time";
+    const std::string graphOp = "BM_UnifyGraphOp_Sphere/real_time";
     const std::string phong = "BM_Phong2_Torus/real_time";
     const std::string osd = "BM_Phong2_Torus_OpenSubdivLoop/real_time";
     const std::string tangents = "BM_Tangents_Grid/real_time";
@@ -382,6 +477,9 @@ SKBENCH_REPORT([](std::ostream &os, const skbench::Results &r) {
     if(r.has(unify) && r.has(meshopt))
         os << "unification / meshopt_generateVertexRemap: " << r.ratio(unify, meshopt)
            << "x time (goal <= 3)\n";
+    if(r.has(graphOp) && r.has(meshopt))
+        os << "unification graph operation / meshopt_generateVertexRemap: "
+           << r.ratio(graphOp, meshopt) << "x time\n";
     if(r.itemsPerSecond.count(phong) && r.itemsPerSecond.count(osd))
     {
         const double ours = r.itemsPerSecond.at(phong), peer = r.itemsPerSecond.at(osd);

@@ -65,23 +65,25 @@ std::vector<Real32> adaptive(const std::vector<Real32> &in, Real32 maxEdge,
 
 TEST(AdaptiveSubdivision, OneSplitEdgeJoinsItsMidpointToTheOppositeCorner)
 {
-    // Edge 0-1 is exactly the maximum (split); the other two are about 0.56.
-    const std::vector<Real32> tri = soupOf({ { 0, 0, 0 }, { 1, 0, 0 }, { 0.5f, 0.25f, 0 } });
-    EXPECT_EQ(corners(adaptive(tri, 1.f)),
-              (std::vector<P3>{ { 0, 0, 0 }, { 0.5f, 0, 0 }, { 0.5f, 0.25f, 0 },
-                                { 0.5f, 0, 0 }, { 1, 0, 0 }, { 0.5f, 0.25f, 0 } }));
-    // Every edge shorter than the maximum: emitted as it is.
-    EXPECT_EQ(adaptive(tri, std::nextafter(1.f, 2.f)), tri);
-
-    // The split edge 1-2 and 2-0 variants keep the winding.
-    const std::vector<Real32> e12 = soupOf({ { 0.5f, 0.25f, 0 }, { 0, 0, 0 }, { 1, 0, 0 } });
-    EXPECT_EQ(corners(adaptive(e12, 1.f)),
-              (std::vector<P3>{ { 0.5f, 0.25f, 0 }, { 0, 0, 0 }, { 0.5f, 0, 0 },
-                                { 0.5f, 0.25f, 0 }, { 0.5f, 0, 0 }, { 1, 0, 0 } }));
-    const std::vector<Real32> e20 = soupOf({ { 1, 0, 0 }, { 0.5f, 0.25f, 0 }, { 0, 0, 0 } });
-    EXPECT_EQ(corners(adaptive(e20, 1.f)),
-              (std::vector<P3>{ { 1, 0, 0 }, { 0.5f, 0.25f, 0 }, { 0.5f, 0, 0 },
-                                { 0.5f, 0.25f, 0 }, { 0, 0, 0 }, { 0.5f, 0, 0 } }));
+    // The edge from (0,0,0) to (1,0,0) is exactly the maximum (split); the other two are about
+    // 0.56. Wherever it lies in the corner order, the winding is kept.
+    const P3 a = { 0, 0, 0 }, b = { 1, 0, 0 }, apex = { 0.5f, 0.25f, 0 }, m = { 0.5f, 0, 0 };
+    const struct
+    {
+        const char *edge;
+        std::vector<Real32> tri;
+        std::vector<P3> out;
+    } cases[] = {
+        { "0-1", soupOf({ a, b, apex }), { a, m, apex, m, b, apex } },
+        { "1-2", soupOf({ apex, a, b }), { apex, a, m, apex, m, b } },
+        { "2-0", soupOf({ b, apex, a }), { b, apex, m, apex, a, m } },
+    };
+    for(const auto &c : cases)
+    {
+        EXPECT_EQ(corners(adaptive(c.tri, 1.f)), c.out) << c.edge;
+        // Every edge shorter than the maximum: emitted as it is.
+        EXPECT_EQ(adaptive(c.tri, std::nextafter(1.f, 2.f)), c.tri) << c.edge;
+    }
 }
 
 TEST(AdaptiveSubdivision, TwoSplitEdgesCutTheQuadAlongTheStrictlyShorterDiagonal)

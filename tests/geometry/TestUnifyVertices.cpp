@@ -15,7 +15,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <map>
 #include <random>
@@ -118,8 +121,7 @@ std::vector<UInt32> bruteForce(const Mesh &m, const ReferenceLess &less)
     return out;
 }
 
-std::vector<UInt32> plainMap(const Mesh &m, const ReferenceLess &less,
-                             std::map<UInt32, UInt32, ReferenceLess> &map)
+std::vector<UInt32> plainMap(const Mesh &m, std::map<UInt32, UInt32, ReferenceLess> &map)
 {
     std::vector<UInt32> out(m.idx);
     for(std::size_t i = 0; i < out.size(); ++i)
@@ -130,7 +132,6 @@ std::vector<UInt32> plainMap(const Mesh &m, const ReferenceLess &less,
         else
             map.insert(std::make_pair(out[i], out[i]));
     }
-    (void)less;
     return out;
 }
 
@@ -189,6 +190,52 @@ TEST(UnifyVerticesPlain, MatchesBruteForceWhereEqualityIsAnEquivalence)
     }
 }
 
+namespace {
+
+/*! Runs the unifier in place and into another array and checks both against the plain map
+    searched in index order; then the lookup of every vertex, once in a row after one run and once
+    each right after a run of its own (a lookup may switch the unifier over to the map). Returns
+    whether the hash ran. */
+bool expectSameAsMap(const Mesh &m, Real32 eps, Real32 angle, Real32 texEps)
+{
+    const ReferenceLess less = { &m, eps, angle, texEps };
+    std::map<UInt32, UInt32, ReferenceLess> map(less);
+    const std::vector<UInt32> expect = plainMap(m, map);
+    std::vector<UInt32> inPlace = m.idx, aside(m.idx.size());
+    VertexUnifier a(m.context(eps, angle, texEps)), b(m.context(eps, angle, texEps));
+    EXPECT_EQ(a.validate(m.idx.data(), m.idx.size()), "");
+    EXPECT_EQ(a.run(inPlace.data(), inPlace.size()), map.size());
+    EXPECT_EQ(b.run(m.idx.data(), m.idx.size(), aside.data()), map.size());
+    EXPECT_EQ(inPlace, expect);
+    EXPECT_EQ(aside, expect);
+    EXPECT_EQ(a.usedHash(), b.usedHash());
+    for(UInt32 v = 0; v < m.pos.size() / 3; ++v)
+    {
+        const auto it = map.find(v);
+        const Int64 want = it == map.end() ? -1 : Int64(it->second);
+        EXPECT_EQ(a.find(v), want) << "vertex " << v << " in a row";
+        VertexUnifier fresh(m.context(eps, angle, texEps));
+        fresh.run(m.idx.data(), m.idx.size(), aside.data());
+        EXPECT_EQ(fresh.find(v), want) << "vertex " << v << " alone";
+    }
+    return a.usedHash();
+}
+
+/*! Vertices at (x, 0, 0) with texture coordinates (s, t) and no normals, indexed as given. */
+Mesh lineMesh(const std::vector<std::array<float, 3>> &xst, const std::vector<UInt32> &idx)
+{
+    Mesh m;
+    for(const auto &v : xst)
+    {
+        m.pos.insert(m.pos.end(), { v[0], 0.f, 0.f });
+        m.tex.insert(m.tex.end(), { v[1], v[2] });
+    }
+    m.idx = idx;
+    return m;
+}
+
+} // namespace
+
 TEST(UnifyVerticesPlain, NonTransitiveChainsFollowTheMapSearch)
 {
     // x = 0, 0.6, 1.2, ... with epsilon 1: neighbours are equal, the chain is not. The outcome
@@ -200,103 +247,141 @@ TEST(UnifyVerticesPlain, NonTransitiveChainsFollowTheMapSearch)
         // The chain lies in the positions (epsilon 1), or, with exact positions shared by ten
         // vertices each, in texture t (0, 0.3, 0.6, ... with tolerance 0.5).
         const bool inPositions = round % 2 == 0;
-        Mesh m;
+        std::vector<std::array<float, 3>> xst;
         for(int v = 0; v < 40; ++v)
-        {
-            m.pos.insert(m.pos.end(), { inPositions ? 0.6f * float(v % 20) : float(v % 4), 0.f,
-                                        0.f });
-            m.tex.insert(m.tex.end(), { 0.f, inPositions ? 0.3f * float(v / 20)
-                                                         : 0.3f * float(v / 4) });
-        }
-        m.idx.resize(120);
+            xst.push_back({ inPositions ? 0.6f * float(v % 20) : float(v % 4), 0.f,
+                            inPositions ? 0.3f * float(v / 20) : 0.3f * float(v / 4) });
+        std::vector<UInt32> idx(120);
         std::uniform_int_distribution<int> pick(0, 39);
-        for(UInt32 &i : m.idx)
+        for(UInt32 &i : idx)
             i = UInt32(pick(rng));
+        const Mesh m = lineMesh(xst, idx);
         const Real32 eps = inPositions ? 1.f : 0.f, texEps = inPositions ? 0.f : 0.5f;
+        EXPECT_FALSE(expectSameAsMap(m, eps, 0.01f, texEps)) << "round " << round;
         const ReferenceLess less = { &m, eps, 0.01f, texEps };
         std::map<UInt32, UInt32, ReferenceLess> map(less);
-        const std::vector<UInt32> expect = plainMap(m, less, map);
-        differsFromBruteForce += expect != bruteForce(m, less) ? 1 : 0;
-
-        std::vector<UInt32> idx = m.idx;
-        VertexUnifier unifier(m.context(eps, 0.01f, texEps));
-        unifier.run(idx.data(), idx.size());
-        EXPECT_FALSE(unifier.usedHash());
-        EXPECT_EQ(idx, expect) << "round " << round;
-        for(UInt32 v = 0; v < 40; ++v)
-        {
-            const auto it = map.find(v);
-            EXPECT_EQ(unifier.find(v), it == map.end() ? -1 : Int64(it->second));
-        }
+        differsFromBruteForce += plainMap(m, map) != bruteForce(m, less) ? 1 : 0;
     }
     // The chains really are not transitive: the first-equal rule would answer differently.
     EXPECT_GT(differsFromBruteForce, 0);
 }
 
-TEST(UnifyVerticesPlain, HashLookupsOfUnusedVerticesAgreeWithTheMap)
+TEST(UnifyVerticesPlain, TheHashStepsInOnlyWhereItAgreesWithTheMap)
 {
-    // Exact positions and distinct texture coordinates 0 and 1 at each position (the hash), plus
-    // unused vertices at 0.4 (equal to 0 within 0.5), 0.5 (equal to both) and 3 (to none).
-    Mesh m;
-    const float t[] = { 0.f, 1.f, 0.4f, 0.5f, 3.f };
-    for(int v = 0; v < 10; ++v)
-    {
-        m.pos.insert(m.pos.end(), { float(v / 5), 0.f, 0.f });
-        m.tex.insert(m.tex.end(), { t[v % 5], 0.f });
-    }
-    m.idx = { 1, 0, 6, 5, 1, 5 };
-    const ReferenceLess less = { &m, 0.f, 0.01f, 0.5f };
-    std::map<UInt32, UInt32, ReferenceLess> map(less);
-    const std::vector<UInt32> expect = plainMap(m, less, map);
-    std::vector<UInt32> idx = m.idx;
-    VertexUnifier unifier(m.context(0.f, 0.01f, 0.5f));
-    unifier.run(idx.data(), idx.size());
-    EXPECT_TRUE(unifier.usedHash());
-    EXPECT_EQ(idx, expect);
-    for(UInt32 v = 0; v < 10; ++v)
-    {
-        const auto it = map.find(v);
-        EXPECT_EQ(unifier.find(v), it == map.end() ? -1 : Int64(it->second)) << v;
-    }
-}
-
-TEST(UnifyVerticesPlain, LargeGroupsAtOnePositionTakeTheHashOnlyWhenExact)
-{
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    // Exact positions and distinct texture coordinates 0 and 1 at each position, plus unused
+    // vertices at 0.4 (equal to 0 within 0.5), 0.5 (equal to both), 3 (to none) and NaN (ties
+    // with everything in the comparison).
+    const Mesh unused = lineMesh({ { 0, 0, 0 }, { 0, 1, 0 }, { 0, 0.4f, 0 }, { 0, 0.5f, 0 },
+                                   { 0, 3, 0 }, { 1, 0, 0 }, { 1, 1, 0 }, { 1, 0.4f, 0 },
+                                   { 1, nan, 0 }, { nan, 0, 0 } },
+                                 { 1, 0, 6, 5, 1, 5 });
     // A pole: 100 vertices at one position told apart by texture s alone, each used twice; too
-    // many to check pairwise, so a tolerance sends them to the map.
-    Mesh m;
+    // many to check pairwise, so any tolerance sends them to the map.
+    std::vector<std::array<float, 3>> pole;
+    std::vector<UInt32> poleIdx;
     for(int v = 0; v < 100; ++v)
     {
-        m.pos.insert(m.pos.end(), { 0.f, 0.f, 1.f });
-        m.tex.insert(m.tex.end(), { 0.01f * float(v), 0.f });
-        m.idx.push_back(UInt32(v));
-        m.idx.push_back(UInt32(99 - v));
+        pole.push_back({ 1.f, 0.01f * float(v), 0.f });
+        poleIdx.insert(poleIdx.end(), { UInt32(v), UInt32(99 - v) });
     }
-    for(Real32 texEps : { 0.f, 1e-8f })
+    const Mesh poleMesh = lineMesh(pole, poleIdx);
+
+    // Hard edges: three normals 90 degrees apart at each of two positions, checked pairwise to
+    // be ordered; and one direction at two lengths, which the angle calls equal (map).
+    Mesh edges;
+    const Vec3f dirs[4] = { Vec3f(1, 0, 0), Vec3f(0, 1, 0), Vec3f(0, 0, 1), Vec3f(0, 0, 2) };
+    for(int v = 0; v < 8; ++v)
     {
-        const ReferenceLess less = { &m, 0.f, 0.01f, texEps };
-        std::map<UInt32, UInt32, ReferenceLess> map(less);
-        const std::vector<UInt32> expect = plainMap(m, less, map);
-        std::vector<UInt32> idx = m.idx;
-        VertexUnifier unifier(m.context(0.f, 0.01f, texEps));
-        EXPECT_EQ(unifier.run(idx.data(), idx.size()), 100u);
-        EXPECT_EQ(unifier.usedHash(), texEps == 0.f);
-        EXPECT_EQ(idx, expect);
+        edges.pos.insert(edges.pos.end(), { float(v / 4), 0.f, 0.f });
+        edges.nrm.insert(edges.nrm.end(), { dirs[v % 4][0], dirs[v % 4][1], dirs[v % 4][2] });
+    }
+    edges.idx = { 0, 1, 2, 4, 5, 6, 2, 1, 0, 6 };
+    Mesh parallel = edges;
+    parallel.idx.insert(parallel.idx.end(), { 3, 7 });
+
+    const struct
+    {
+        const char *what;
+        const Mesh *mesh;
+        Real32      texEps;
+        bool        hash;
+    } cases[] = {
+        { "unused vertices", &unused, 0.5f, true },
+        { "pole, exact", &poleMesh, 0.f, true },
+        { "pole, toleranced", &poleMesh, 1e-8f, false },
+        { "hard edges", &edges, 0.f, true },
+        { "parallel normals", &parallel, 0.f, false },
+    };
+    for(const auto &c : cases)
+    {
+        SCOPED_TRACE(c.what);
+        EXPECT_EQ(expectSameAsMap(*c.mesh, 0.f, 0.01f, c.texEps), c.hash);
     }
 }
 
-TEST(UnifyVerticesPlain, IndicesPastAnAttributeAndNaNAreRefused)
+TEST(UnifyVerticesPlain, IndicesPastAnAttributeAndNaNInUseAreRefused)
 {
-    Mesh m;
-    m.pos = { 0, 0, 0, 1, 0, 0 };
-    m.tex = { 0, 0 };
-    m.idx = { 0, 1 };
-    VertexUnifier unifier(m.context(0.f, 0.01f, 0.f));
-    EXPECT_NE(unifier.validate(m.idx.data(), 2).find("past the 1 texture coordinates 0"),
-              std::string::npos);
-    m.tex = { 0, 0, std::numeric_limits<Real32>::quiet_NaN(), 0 };
-    VertexUnifier nan(m.context(0.f, 0.01f, 0.f));
-    EXPECT_NE(nan.validate(m.idx.data(), 2).find("NaN"), std::string::npos);
+    const Real32 nan = std::numeric_limits<Real32>::quiet_NaN();
+    const struct
+    {
+        std::vector<Real32> tex;
+        std::vector<UInt32> idx;
+        const char         *problem;
+    } cases[] = {
+        { { 0, 0 }, { 0, 1 }, "index 1 at 1 is past the 1 texture coordinates 0" },
+        { { 0, 0, nan, 0 }, { 0, 1 }, "vertex 1 has NaN in its texture coordinates 0" },
+        { { 0, 0, nan, 0 }, { 0, 0 }, "" },   // NaN in a vertex no index uses
+        { { 0, 0, 1, 0, 2, 0 }, { 0, 1 }, "" },
+    };
+    for(const auto &c : cases)
+    {
+        Mesh m;
+        m.pos = { 0, 0, 0, 1, 0, 0, 2, 0, 0 };
+        m.tex = c.tex;
+        m.idx = c.idx;
+        VertexUnifier unifier(m.context(0.f, 0.01f, 0.f));
+        EXPECT_EQ(unifier.validate(m.idx.data(), m.idx.size()), c.problem);
+    }
+}
+
+TEST(VertexWeld, PositionsAndCornerRowsMatchAQuadraticSearch)
+{
+    // Coordinates from a few values, -0 among them (equal to 0), so that most points repeat.
+    std::mt19937 rng(5);
+    std::uniform_int_distribution<int> pick(0, 4);
+    const float values[5] = { 0.f, -0.f, 1.f, 0.5f, -2.f };
+    std::vector<Pnt3f> points(3000);
+    for(Pnt3f &p : points)
+        p = Pnt3f(values[pick(rng)], values[pick(rng)], values[pick(rng)]);
+    std::vector<UInt32> classOf;
+    weldPositions(points.data(), points.size(), classOf);
+    for(std::size_t i = 0; i < points.size(); ++i)
+    {
+        std::size_t j = 0;
+        while(!(points[j][0] == points[i][0] && points[j][1] == points[i][1] &&
+                points[j][2] == points[i][2]))
+            ++j;
+        ASSERT_EQ(classOf[i], j) << i;
+    }
+
+    // Rows of two attribute indices, numbered in the order of first appearance.
+    std::vector<Int32> rows(2 * 2000);
+    for(Int32 &r : rows)
+        r = pick(rng) * 7;
+    std::vector<std::array<Int32, 4>> vertices;
+    std::vector<UInt32> indices;
+    weldCorners(rows.data(), 2000, 2, vertices, indices);
+    std::vector<std::array<Int32, 4>> expect;
+    for(std::size_t c = 0; c < 2000; ++c)
+    {
+        const std::array<Int32, 4> row = { rows[2 * c], rows[2 * c + 1], -1, -1 };
+        const auto at = std::find(expect.begin(), expect.end(), row);
+        ASSERT_EQ(indices[c], UInt32(at - expect.begin())) << c;
+        if(at == expect.end())
+            expect.push_back(row);
+    }
+    EXPECT_EQ(vertices, expect);
 }
 
 /*------------------------------ graph operation ----------------------------*/
@@ -330,7 +415,7 @@ std::vector<UInt32> indexValues(const GeometryPtr &geo)
 
 } // namespace
 
-TEST(UnifyVerticesGraphOp, DefaultsFlagsAndANonIndexedGeometry)
+TEST(UnifyVerticesGraphOp, DefaultsFlagsAndIndexForms)
 {
     UnifyVerticesGraphOp op;
     EXPECT_STREQ(UnifyVerticesGraphOp::getClassname(), "UnifyVerticesGraphOp");
@@ -349,19 +434,41 @@ TEST(UnifyVerticesGraphOp, DefaultsFlagsAndANonIndexedGeometry)
     EXPECT_EQ(geo->getIndexMapping()[0], Geometry::MapPosition | Geometry::MapNormal);
     EXPECT_EQ(geo->getPositions()->getSize(), 6u);   // no data removed
 
-    // Normals off: corner 5 joins 2 as well.
-    GeometryPtr second = makeSoup(pool);
-    op.setCompareMode(true, false, true, true, true, true, true, true, true, true, true, true);
-    op.process(second);
-    EXPECT_EQ(indexValues(second), (std::vector<UInt32>{ 0, 1, 2, 1, 4, 2 }));
-
-    // A position epsilon of 0.2 merges (0,1,0) into... nothing new here, but a wider normal
-    // epsilon merges corner 5 too.
-    GeometryPtr third = makeSoup(pool);
-    UnifyVerticesGraphOp wide;
-    wide.setNormalEpsilon(0.6f);
-    wide.process(third);
-    EXPECT_EQ(indexValues(third), (std::vector<UInt32>{ 0, 1, 2, 1, 4, 2 }));
+    const auto normalsOff = [](UnifyVerticesGraphOp &o) {
+        o.setCompareMode(true, false, true, true, true, true, true, true, true, true, true, true);
+    };
+    const auto wideAngle = [](UnifyVerticesGraphOp &o) { o.setNormalEpsilon(0.6f); };
+    const auto defaults = [](UnifyVerticesGraphOp &) {};
+    const struct
+    {
+        const char *what;
+        std::function<void(UnifyVerticesGraphOp &)> configure;
+        bool shortIndices;   // given 16-bit indices 0..5, kept in that form
+        std::vector<UInt32> result;
+    } cases[] = {
+        { "normals off: corner 5 joins 2 as well", normalsOff, false, { 0, 1, 2, 1, 4, 2 } },
+        { "a normal epsilon of 0.6 merges corner 5 too", wideAngle, false, { 0, 1, 2, 1, 4, 2 } },
+        { "16-bit indices", defaults, true, { 0, 1, 2, 1, 4, 5 } },
+    };
+    for(const auto &c : cases)
+    {
+        SCOPED_TRACE(c.what);
+        GeometryPtr soup = makeSoup(pool);
+        if(c.shortIndices)
+        {
+            beginEditCP(soup, Geometry::IndicesFieldMask | Geometry::IndexMappingFieldMask);
+            soup->setIndices(makeProperty<GeoIndicesUI16Ptr>({ UInt16(0), UInt16(1), UInt16(2),
+                                                               UInt16(3), UInt16(4),
+                                                               UInt16(5) }));
+            soup->editMFIndexMapping()->push_back(Geometry::MapPosition | Geometry::MapNormal);
+            endEditCP(soup, Geometry::IndicesFieldMask | Geometry::IndexMappingFieldMask);
+        }
+        UnifyVerticesGraphOp configured;
+        c.configure(configured);
+        configured.process(soup);
+        EXPECT_EQ(indexValues(soup), c.result);
+        EXPECT_EQ(GeoIndicesUI16Ptr::dcast(soup->getIndices()) != NullFC, c.shortIndices);
+    }
 }
 
 TEST(UnifyVerticesGraphOp, SharedCoresOnceAndRefusedInput)
@@ -391,29 +498,34 @@ TEST(UnifyVerticesGraphOp, SharedCoresOnceAndRefusedInput)
         edits += e.first == id ? 1 : 0;
     EXPECT_EQ(edits, 1u);
 
-    // NaN in a compared normal: reported, indices unchanged.
-    GeometryPtr bad = makeSoup(pool);
-    beginEditCP(bad->getNormals());
-    bad->getNormals()->setValue(Vec3f(std::numeric_limits<Real32>::quiet_NaN(), 0, 1), 3);
-    endEditCP(bad->getNormals());
+    // Reported, indices unchanged.
+    const struct
     {
+        const char *what;
+        std::function<void(GeoNormals3fPtr)> change;
+        const char *message;
+    } refused[] = {
+        { "NaN in a compared normal",
+          [](GeoNormals3fPtr n) {
+              n->setValue(Vec3f(std::numeric_limits<Real32>::quiet_NaN(), 0, 1), 3);
+          },
+          "vertex 3 has NaN in its normals" },
+        { "fewer normals than the indices use", [](GeoNormals3fPtr n) { n->editField().resize(4); },
+          "index 4 at 4 is past the 4 normals" },
+    };
+    for(const auto &c : refused)
+    {
+        SCOPED_TRACE(c.what);
+        GeometryPtr bad = makeSoup(pool);
+        GeoNormals3fPtr normals = GeoNormals3fPtr::dcast(bad->getNormals());
+        beginEditCP(normals);
+        c.change(normals);
+        endEditCP(normals);
         LogCapture capture;
         op.process(bad);
-        EXPECT_TRUE(capture.contains("NaN"));
+        EXPECT_TRUE(capture.contains(c.message));
+        EXPECT_EQ(indexValues(bad), (std::vector<UInt32>{ 0, 1, 2, 3, 4, 5 }));
     }
-    EXPECT_EQ(indexValues(bad), (std::vector<UInt32>{ 0, 1, 2, 3, 4, 5 }));
-
-    // Fewer normals than the indices use: reported, unchanged.
-    GeometryPtr shortNormals = makeSoup(pool);
-    beginEditCP(shortNormals->getNormals());
-    GeoNormals3fPtr::dcast(shortNormals->getNormals())->editField().resize(4);
-    endEditCP(shortNormals->getNormals());
-    {
-        LogCapture capture;
-        op.process(shortNormals);
-        EXPECT_TRUE(capture.contains("past the 4 normals"));
-    }
-    EXPECT_EQ(indexValues(shortNormals), (std::vector<UInt32>{ 0, 1, 2, 3, 4, 5 }));
 
     // Byte normals compare exactly.
     GeometryPtr bytes = makeSoup(pool);

@@ -1,4 +1,5 @@
 #include <OpenSGExt/Geometry/detail/skSubdivideGeometry.h>
+#include <OpenSGExt/Geometry/detail/skGeometrySkin.h>
 
 #include <OpenSG/OSGTriangleIterator.h>
 #include <OpenSG/OSGGeoPTypesUI8.h>
@@ -53,20 +54,22 @@ UInt16 SubdivLayout::mask(void) const
     return bits;
 }
 
-void SubdivLayout::pack(Real32 *dst, const Pnt3f &p, const Vec3f &n, const Color3f &c,
-                        const Color3f &sc, const Vec2f *const tex[6], const Vec3f &t6,
-                        const Vec4f &t7) const
+void SubdivLayout::pack(Real32 *dst, const SubdivCorners &k) const
 {
-    const Real32 *sources[NumAttributes] = {
-        p.getValues(), n.getValues(), c.getValuesRGB(), sc.getValuesRGB(),
-        tex[0]->getValues(), tex[1]->getValues(), tex[2]->getValues(), tex[3]->getValues(),
-        tex[4]->getValues(), tex[5]->getValues(), t6.getValues(), t7.getValues() };
-    for(UInt32 a = 0; a < NumAttributes; ++a)
+    for(UInt32 w = 0; w < 3; ++w, dst += width)
     {
-        if(!present[a])
-            continue;
-        for(UInt32 i = 0; i < Dims[a]; ++i)
-            dst[offset[a] + i] = sources[a][i];
+        const Real32 *sources[NumAttributes] = {
+            k.p[w].getValues(),    k.n[w].getValues(),    k.c[w].getValuesRGB(),
+            k.sc[w].getValuesRGB(), k.t[0][w].getValues(), k.t[1][w].getValues(),
+            k.t[2][w].getValues(), k.t[3][w].getValues(), k.t[4][w].getValues(),
+            k.t[5][w].getValues(), k.t6[w].getValues(),   k.t7[w].getValues() };
+        for(UInt32 a = 0; a < NumAttributes; ++a)
+        {
+            if(!present[a])
+                continue;
+            for(UInt32 i = 0; i < Dims[a]; ++i)
+                dst[offset[a] + i] = sources[a][i];
+        }
     }
 }
 
@@ -179,6 +182,26 @@ void writeTriangleSoup(const GeometryPtr &geo, const SubdivLayout &layout,
     if(material != NullFC)
         geo->setMaterial(material);
     endEditCP(geo);
+}
+
+bool skipsSubdivision(const GeometryPtr &geo)
+{
+    return geometryHasSkinning(geo) || geo->getPositions() == NullFC;
+}
+
+SubdivStatus finishSubdivision(const GeometryPtr &geo, const SubdivLayout &layout,
+                               SubdivScratch &scratch)
+{
+    const SubdivStatus status = SubdivStatus(scratch.status);
+    if(status != SubdivStatus::Ok)
+    {
+        scratch.out.clear();
+        scratch.triangleCount = 0;
+        return status;
+    }
+    writeTriangleSoup(geo, layout, scratch.out);
+    std::vector<Real32>().swap(scratch.out);
+    return SubdivStatus::Ok;
 }
 
 } // namespace detail

@@ -16,16 +16,14 @@
 #include <OpenSGExt/Geometry/detail/skVertexWeld.h>
 
 #include <cstddef>
-#include <functional>
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace osg {
 namespace detail {
-
-struct VertexUnifierTables;
 
 class VertexUnifier
 {
@@ -45,9 +43,11 @@ class VertexUnifier
         value of a vertex in use), or empty when they can. */
     std::string validate(const UInt32 *indices, std::size_t count) const;
 
-    /*! Rewrites the indices (valid ones, see validate) and returns the number of distinct
-        vertices among them. Call once. */
-    std::size_t run(UInt32 *indices, std::size_t count);
+    /*! Writes each index's representative to result (indices itself, or memory that does not
+        overlap them) for valid indices (see validate) and returns the number of distinct vertices
+        among them. Call once. */
+    std::size_t run(const UInt32 *indices, std::size_t count, UInt32 *result);
+    std::size_t run(UInt32 *indices, std::size_t count) { return run(indices, count, indices); }
 
     /*! The vertex the map holds for vertex v, or -1 if it holds none equal to it (or v is past a
         compared attribute); valid after run. */
@@ -64,24 +64,49 @@ class VertexUnifier
     };
     typedef std::map<UInt32, UInt32, Less> Map;
 
-    void runMap(UInt32 *indices, std::size_t count);
-    bool runHash(UInt32 *indices, std::size_t count);
+    // A compared attribute as raw words (floats) or bytes, in comparison order.
+    struct Part
+    {
+        const UInt32 *words      = NULL;
+        const UInt8  *bytes      = NULL;
+        UInt32        size       = 0;   // elements
+        UInt32        dim        = 0;
+        bool          toleranced = false;
+    };
+
+    void runMap(const UInt32 *indices, std::size_t count, UInt32 *result);
+    bool runHash(const UInt32 *indices, std::size_t count, UInt32 *result);
+    void groupByPosition(void);
     bool groupsAreOrdered(void);
-    bool exactWithin(const UInt32 *members, std::size_t m) const;
+    void collectMembers(const std::vector<UInt32> *onlyGroups);
     void replayMap(void);
 
+    UInt32 positionHash(UInt32 v) const;
+    UInt32 hashOf(UInt32 v) const;
+    bool   same(UInt32 a, UInt32 b, bool onlyToleranced) const;
+    bool   samePosition(UInt32 a, UInt32 b) const;
+    bool   hasNaN(UInt32 v) const;
+    std::string describeProblem(const UInt32 *indices, std::size_t count) const;
+
     VertexCompareContext _context;
-    VertexCompareContext _positionsOnly;
     Method               _method;
     bool                 _usedHash = false;
     std::unique_ptr<Map> _map;
 
-    // The hash: distinct vertices in order of first use, tables of vertices by all compared
-    // values and of position groups (by the group's first vertex), and the groups' members.
-    std::unique_ptr<VertexUnifierTables>        _tables;
-    std::vector<UInt32>                         _representatives;
-    std::vector<UInt32>                         _groupOfFirst;   // by vertex number
-    std::vector<UInt32>                         _groupStart, _groupMembers;
+    Part   _parts[VertexCompareContext::NumAttributes];
+    UInt32 _numParts      = 0;
+    bool   _anyToleranced = false;
+
+    // The hash: distinct vertices by all compared values, in order of first use; groups of them
+    // by exact position (named by their first vertex) where a toleranced attribute could tie two
+    // of them; the groups whose toleranced attributes differ, and (built when needed) the groups'
+    // members as (first vertex, member), sorted.
+    HashIndex                                  _vertices;
+    HashIndex                                  _positions;
+    std::vector<UInt32>                        _representatives;
+    std::vector<UInt32>                        _inexactGroups;
+    std::vector<std::pair<UInt32, UInt32>>     _members;
+    bool                                       _membersComplete = false;
 };
 
 } // namespace detail

@@ -8,10 +8,27 @@ namespace detail {
 void weldPositions(const Pnt3f *positions, std::size_t count, std::vector<UInt32> &classOf)
 {
     classOf.resize(count);
-    std::unordered_map<PositionKey, UInt32, ArrayHash> firstOf;
-    firstOf.reserve(count);
-    for(std::size_t i = 0; i < count; ++i)
-        classOf[i] = firstOf.emplace(positionKey(positions[i]), UInt32(i)).first->second;
+    HashIndex firstOf;
+    firstOf.reset(count);
+    const auto same = [positions](std::size_t i, UInt32 j) {
+        const Real32 *p = positions[i].getValues(), *q = positions[j].getValues();
+        return canonicalBits(p[0]) == canonicalBits(q[0]) &&
+               canonicalBits(p[1]) == canonicalBits(q[1]) &&
+               canonicalBits(p[2]) == canonicalBits(q[2]);
+    };
+    forEachHashed(
+        count, firstOf,
+        [positions](std::size_t i) {
+            const Real32 *p = positions[i].getValues();
+            return hashFinish(hashWord(hashWord(hashWord(HashSeed, canonicalBits(p[0])),
+                                                canonicalBits(p[1])),
+                                       canonicalBits(p[2])));
+        },
+        [&](std::size_t i, UInt32 h) {
+            bool inserted;
+            classOf[i] = firstOf.findOrInsert(
+                h, UInt32(i), [&](UInt32 j) { return same(i, j); }, inserted);
+        });
 }
 
 bool VertexCompareContext::less(UInt32 a, UInt32 b) const
@@ -53,49 +70,6 @@ bool VertexCompareContext::less(UInt32 a, UInt32 b) const
         }
     }
     return false;
-}
-
-bool VertexCompareContext::same(UInt32 a, UInt32 b) const
-{
-    for(const CompareAttribute &at : attr)
-    {
-        if(at.kind == CompareAttribute::Floats)
-        {
-            const Real32 *va = at.floats(a), *vb = at.floats(b);
-            for(UInt32 c = 0; c < at.dim; ++c)
-            {
-                if(canonicalBits(va[c]) != canonicalBits(vb[c]))
-                    return false;
-            }
-        }
-        else if(at.kind == CompareAttribute::Bytes)
-        {
-            if(std::memcmp(at.bytes(a), at.bytes(b), at.dim) != 0)
-                return false;
-        }
-    }
-    return true;
-}
-
-std::size_t VertexCompareContext::hash(UInt32 v) const
-{
-    UInt64 h = 0x9e3779b97f4a7c15ull;
-    for(const CompareAttribute &at : attr)
-    {
-        if(at.kind == CompareAttribute::Floats)
-        {
-            const Real32 *values = at.floats(v);
-            for(UInt32 c = 0; c < at.dim; ++c)
-                h = (h ^ canonicalBits(values[c])) * 0xff51afd7ed558ccdull;
-        }
-        else if(at.kind == CompareAttribute::Bytes)
-        {
-            const Int8 *values = at.bytes(v);
-            for(UInt32 c = 0; c < at.dim; ++c)
-                h = (h ^ UInt8(values[c])) * 0xff51afd7ed558ccdull;
-        }
-    }
-    return std::size_t(h ^ (h >> 32));
 }
 
 } // namespace detail
