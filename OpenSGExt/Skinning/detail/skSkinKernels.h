@@ -100,7 +100,8 @@ struct DeformJob
 
     /*! Empty when the job can run, else what is wrong. */
     std::string validate(void) const;
-    /*! Runs a valid job; false (nothing written) for an invalid one. */
+    /*! Runs a valid job; false (nothing written) for an invalid one. An exception within the
+        parallel work (none is expected) is caught: false, the outputs then partly written. */
     bool run(void) const;
     /*! The per-vertex body on [begin, end), on the calling thread; the same code run() uses
         (with cached stores). The job must be valid. */
