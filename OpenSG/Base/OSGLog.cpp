@@ -551,16 +551,15 @@ void Log::emit(LogLevel level, const char *label, const char *module, const char
     dispatch(entry, true);
 }
 
-void Log::doLog(LogLevel level, const char *module, const char *file, int line, const char *format, ...)
+namespace {
+
+// printf-style formatting into a string; one vsnprintf for short texts, two for long ones.
+std::string formatText(const char *format, va_list args)
 {
-    if(!checkLevel(level) || format == NULL)
-        return;
-    va_list args;
-    va_start(args, format);
     char    small[512];
     va_list copy;
     va_copy(copy, args);
-    int n = std::vsnprintf(small, sizeof(small), format, copy);
+    const int n = std::vsnprintf(small, sizeof(small), format, copy);
     va_end(copy);
     std::string text;
     if(n >= 0 && std::size_t(n) < sizeof(small))
@@ -573,6 +572,18 @@ void Log::doLog(LogLevel level, const char *module, const char *file, int line, 
         std::vsnprintf(&text[0], text.size(), format, args);
         text.resize(std::size_t(n));
     }
+    return text;
+}
+
+} // namespace
+
+void Log::doLog(LogLevel level, const char *module, const char *file, int line, const char *format, ...)
+{
+    if(!checkLevel(level) || format == NULL)
+        return;
+    va_list args;
+    va_start(args, format);
+    const std::string text = formatText(format, args);
     va_end(args);
     emit(level, NULL, module, file, line, text);
 }
@@ -583,22 +594,7 @@ void LogPrinter::print(const char *format, ...)
         return;
     va_list args;
     va_start(args, format);
-    char    small[512];
-    va_list copy;
-    va_copy(copy, args);
-    int n = std::vsnprintf(small, sizeof(small), format, copy);
-    va_end(copy);
-    std::string text;
-    if(n >= 0 && std::size_t(n) < sizeof(small))
-    {
-        text.assign(small, std::size_t(n));
-    }
-    else if(n >= 0)
-    {
-        text.resize(std::size_t(n) + 1);
-        std::vsnprintf(&text[0], text.size(), format, args);
-        text.resize(std::size_t(n));
-    }
+    const std::string text = formatText(format, args);
     va_end(args);
     osgLog().emit(level, NULL, module, file, line, text);
 }

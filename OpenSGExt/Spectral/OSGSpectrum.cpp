@@ -214,6 +214,34 @@ bool Spectrum::load(const std::string &path)
     return false;
 }
 
+namespace {
+
+// Both readers end alike: report a failure, or take the parsed samples in one edit.
+bool finishLoad(SpectrumPtr spectrum, const std::string &path, bool ok, sp::ParsedSpectrum &parsed,
+                Int32 version, Int32 start, Int32 delta)
+{
+    if(!ok)
+    {
+        std::cout << "Error reading Spectrum File: " << path << std::endl;
+        return false;
+    }
+    {
+        CPEditor edit(spectrum, AllSpectrumFields);
+        spectrum->editMFWavelengths()->getValues().swap(parsed.wavelengths);
+        spectrum->editMFSourceValues()->getValues().swap(parsed.values);
+        spectrum->setUseSpectrum(true);
+        spectrum->setVersionID(version);
+        spectrum->setFilename(path);
+        spectrum->setStartWavelength(start);
+        spectrum->setDeltaWavelength(delta);
+        spectrum->setNumSamples(parsed.count);
+    }
+    std::cout << "Successfully read Spectrum File: " << path << std::endl;
+    return true;
+}
+
+} // namespace
+
 bool Spectrum::loadNative(const std::string &path)
 {
     std::cout << "Spectrum::loadNative" << std::endl;
@@ -259,25 +287,8 @@ bool Spectrum::loadNative(const std::string &path)
         }
     }
 
-    if(!ok)
-    {
-        std::cout << "Error reading Spectrum File: " << path << std::endl;
-        return false;
-    }
-
-    {
-        CPEditor edit(FieldContainerPtr(this), AllSpectrumFields);
-        _mfWavelengths.getValues().swap(parsed.wavelengths);
-        _mfSourceValues.getValues().swap(parsed.values);
-        _sfUseSpectrum.setValue(true);
-        _sfVersionID.setValue(parsed.version);
-        _sfFilename.setValue(path);
-        _sfStartWavelength.setValue(parsed.version == 1 ? parsed.start : 0);
-        _sfDeltaWavelength.setValue(parsed.version == 1 ? parsed.delta : 0);
-        _sfNumSamples.setValue(parsed.count);
-    }
-    std::cout << "Successfully read Spectrum File: " << path << std::endl;
-    return true;
+    return finishLoad(SpectrumPtr(this), path, ok, parsed, parsed.version,
+                      parsed.version == 1 ? parsed.start : 0, parsed.version == 1 ? parsed.delta : 0);
 }
 
 bool Spectrum::loadTxt(const std::string &path)
@@ -316,25 +327,7 @@ bool Spectrum::loadTxt(const std::string &path)
         }
     }
 
-    if(!ok)
-    {
-        std::cout << "Error reading Spectrum File: " << path << std::endl;
-        return false;
-    }
-
-    {
-        CPEditor edit(FieldContainerPtr(this), AllSpectrumFields);
-        _mfWavelengths.getValues().swap(parsed.wavelengths);
-        _mfSourceValues.getValues().swap(parsed.values);
-        _sfUseSpectrum.setValue(true);
-        _sfVersionID.setValue(2);
-        _sfFilename.setValue(path);
-        _sfStartWavelength.setValue(parsed.start);
-        _sfDeltaWavelength.setValue(0);
-        _sfNumSamples.setValue(parsed.count);
-    }
-    std::cout << "Successfully read Spectrum File: " << path << std::endl;
-    return true;
+    return finishLoad(SpectrumPtr(this), path, ok, parsed, 2, parsed.start, 0);
 }
 
 bool Spectrum::save(const std::string &path) const

@@ -336,92 +336,28 @@ Vec3f TransformVariantsAttachment::getComponent(const TransformVariantPtr   &var
     return componentOf(variant, component, mixed);
 }
 
-Vec3f TransformVariantsAttachment::getTranslation(UInt32 index, bool mixed) const
-{
-    return getComponent(index, TransformVariant::Translation, mixed);
-}
+// Each component has an index and a variant form; both go through the same look-up.
+#define SK_TV_COMPONENT_GETTERS(Name)                                                         \
+    Vec3f TransformVariantsAttachment::get##Name(UInt32 index, bool mixed) const              \
+    {                                                                                        \
+        return getComponent(index, TransformVariant::Name, mixed);                           \
+    }                                                                                        \
+    Vec3f TransformVariantsAttachment::get##Name(const TransformVariantPtr &variant,         \
+                                                 bool mixed) const                           \
+    {                                                                                        \
+        return componentOf(variant, TransformVariant::Name, mixed);                          \
+    }
 
-Vec3f TransformVariantsAttachment::getTranslation(const TransformVariantPtr &variant,
-                                                  bool mixed) const
-{
-    return componentOf(variant, TransformVariant::Translation, mixed);
-}
+SK_TV_COMPONENT_GETTERS(Translation)
+SK_TV_COMPONENT_GETTERS(EulerRotation)
+SK_TV_COMPONENT_GETTERS(Scale)
+SK_TV_COMPONENT_GETTERS(ScalePivot)
+SK_TV_COMPONENT_GETTERS(ScalePivotTranslation)
+SK_TV_COMPONENT_GETTERS(RotatePivot)
+SK_TV_COMPONENT_GETTERS(EulerRotationOrientation)
+SK_TV_COMPONENT_GETTERS(RotatePivotTranslation)
 
-Vec3f TransformVariantsAttachment::getEulerRotation(UInt32 index, bool mixed) const
-{
-    return getComponent(index, TransformVariant::EulerRotation, mixed);
-}
-
-Vec3f TransformVariantsAttachment::getEulerRotation(const TransformVariantPtr &variant,
-                                                    bool mixed) const
-{
-    return componentOf(variant, TransformVariant::EulerRotation, mixed);
-}
-
-Vec3f TransformVariantsAttachment::getScale(UInt32 index, bool mixed) const
-{
-    return getComponent(index, TransformVariant::Scale, mixed);
-}
-
-Vec3f TransformVariantsAttachment::getScale(const TransformVariantPtr &variant, bool mixed) const
-{
-    return componentOf(variant, TransformVariant::Scale, mixed);
-}
-
-Vec3f TransformVariantsAttachment::getScalePivot(UInt32 index, bool mixed) const
-{
-    return getComponent(index, TransformVariant::ScalePivot, mixed);
-}
-
-Vec3f TransformVariantsAttachment::getScalePivot(const TransformVariantPtr &variant,
-                                                 bool mixed) const
-{
-    return componentOf(variant, TransformVariant::ScalePivot, mixed);
-}
-
-Vec3f TransformVariantsAttachment::getScalePivotTranslation(UInt32 index, bool mixed) const
-{
-    return getComponent(index, TransformVariant::ScalePivotTranslation, mixed);
-}
-
-Vec3f TransformVariantsAttachment::getScalePivotTranslation(const TransformVariantPtr &variant,
-                                                            bool mixed) const
-{
-    return componentOf(variant, TransformVariant::ScalePivotTranslation, mixed);
-}
-
-Vec3f TransformVariantsAttachment::getRotatePivot(UInt32 index, bool mixed) const
-{
-    return getComponent(index, TransformVariant::RotatePivot, mixed);
-}
-
-Vec3f TransformVariantsAttachment::getRotatePivot(const TransformVariantPtr &variant,
-                                                  bool mixed) const
-{
-    return componentOf(variant, TransformVariant::RotatePivot, mixed);
-}
-
-Vec3f TransformVariantsAttachment::getEulerRotationOrientation(UInt32 index, bool mixed) const
-{
-    return getComponent(index, TransformVariant::EulerRotationOrientation, mixed);
-}
-
-Vec3f TransformVariantsAttachment::getEulerRotationOrientation(
-        const TransformVariantPtr &variant, bool mixed) const
-{
-    return componentOf(variant, TransformVariant::EulerRotationOrientation, mixed);
-}
-
-Vec3f TransformVariantsAttachment::getRotatePivotTranslation(UInt32 index, bool mixed) const
-{
-    return getComponent(index, TransformVariant::RotatePivotTranslation, mixed);
-}
-
-Vec3f TransformVariantsAttachment::getRotatePivotTranslation(const TransformVariantPtr &variant,
-                                                             bool mixed) const
-{
-    return componentOf(variant, TransformVariant::RotatePivotTranslation, mixed);
-}
+#undef SK_TV_COMPONENT_GETTERS
 
 Int32 TransformVariantsAttachment::getRotationMode(UInt32 index, bool mixed) const
 {
