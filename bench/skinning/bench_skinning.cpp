@@ -12,7 +12,8 @@
 //   stores), the bandwidth ceiling of this access pattern.
 // Skinning moves 80 bytes per vertex (position 12 + normal 12 + indices 16 + weights 16 in,
 // 24 out); the report sets each skinning rate against 0.8 x triad bandwidth / 80 B, by real
-// time and by CPU time (the process's, divided by the threads).
+// time and by CPU time (the process's, divided by the threads: on a shared machine the figure
+// that ignores time spent waiting for a core, at the price of assuming the threads overlap).
 
 #include "support/BenchSupport.h"
 
@@ -418,7 +419,8 @@ bool rates(const skbench::Results &r, const std::string &name, int threads, doub
 SKBENCH_REPORT([](std::ostream &os, const skbench::Results &r) {
     os << std::fixed << std::setprecision(1)
        << "skinning (default body " << skskin::deformIsa() << "), Mvert/s against the goal "
-       << "0.8 x triad / 80 B; real time, then CPU time per thread:\n";
+       << "0.8 x triad / 80 B; by real time, then by CPU time (the process's over the threads: "
+       << "the rate were each thread alone on a core):\n";
     const std::vector<std::string> isas = skskin::deformIsas();
     for(int threads : {1, 2})
     {
