@@ -288,13 +288,15 @@ bool SkinAttachment::updateIndicesAndWeightsImpl(void)
         lists[j].count   = w.size();
     }
 
-    std::vector<Vec4i> indices(n);
-    std::vector<Vec4f> weights(n);
+    std::vector<Vec4i> indices;
+    std::vector<Vec4f> weights;
     skskin::InfluenceReport report;
     std::string error;
     bool ok = false;
     try
     {
+        indices.resize(n);
+        weights.resize(n);
         inSkinArena([&] {
             ok = skskin::computeInfluences(lists.data(), lists.size(), n, indices.data(),
                                            weights.data(), &report, &error);
@@ -303,6 +305,10 @@ bool SkinAttachment::updateIndicesAndWeightsImpl(void)
     catch(const std::exception &e)
     {
         error = e.what();
+    }
+    catch(...)
+    {
+        error = "unknown exception";
     }
     if(!ok)
     {
@@ -526,8 +532,6 @@ void SkinAttachment::getDeformedVertices(const Pnt3f *&positions, const Vec3f *&
         _rt->indicesChecked = true;
     }
 
-    _rt->positions.resize(n);
-    _rt->normals.resize(n);
     skskin::DeformJob job;
     job.positions    = (*pos)[0].getValues();
     job.normals      = (*nor)[0].getValues();
@@ -536,16 +540,23 @@ void SkinAttachment::getDeformedVertices(const Pnt3f *&positions, const Vec3f *&
     job.matrices     = _rt->matrices.data();
     job.numMatrices  = _rt->matrices.size();
     job.numVertices  = n;
-    job.outPositions = _rt->positions[0].getValues();
-    job.outNormals   = _rt->normals[0].getValues();
+    job.indicesChecked = true;
     bool ok = false;
     try
     {
+        _rt->positions.resize(n);
+        _rt->normals.resize(n);
+        job.outPositions = _rt->positions[0].getValues();
+        job.outNormals   = _rt->normals[0].getValues();
         inSkinArena([&] { ok = job.run(); });
     }
     catch(const std::exception &e)
     {
         SWARNING << "SkinAttachment::getDeformedVertices: " << e.what() << std::endl;
+    }
+    catch(...)
+    {
+        SWARNING << "SkinAttachment::getDeformedVertices: unknown exception" << std::endl;
     }
     if(!ok)
     {

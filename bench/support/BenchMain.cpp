@@ -46,6 +46,8 @@ class SummaryReporter : public benchmark::ConsoleReporter
                 continue;
             _results.seconds[name] =
                 r.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(r.time_unit);
+            _results.cpuSeconds[name] =
+                r.GetAdjustedCPUTime() / benchmark::GetTimeUnitMultiplier(r.time_unit);
             auto items = r.counters.find("items_per_second");
             if(items != r.counters.end())
                 _results.itemsPerSecond[name] = items->second.value;

@@ -16,6 +16,8 @@ struct Results
 {
     // Real time per iteration in seconds (the median where repetitions ran), by run name.
     std::map<std::string, double> seconds;
+    // CPU time per iteration in seconds, likewise (the process's where the benchmark asks so).
+    std::map<std::string, double> cpuSeconds;
     // items_per_second and bytes_per_second counters, by run name.
     std::map<std::string, double> itemsPerSecond;
     std::map<std::string, double> bytesPerSecond;

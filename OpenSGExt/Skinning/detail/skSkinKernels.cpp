@@ -1,17 +1,16 @@
 #include <OpenSGExt/Skinning/detail/skSkinKernels.h>
+#include <OpenSGExt/Skinning/detail/skSkinDeform.h>
 
+#include <tbb/cache_aligned_allocator.h>
 #include <tbb/blocked_range.h>
 #include <tbb/parallel_for.h>
 #include <tbb/partitioner.h>
 
+#include <algorithm>
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <vector>
-
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#define SKSKIN_SSE2 1
-#endif
 
 namespace skskin {
 
@@ -230,6 +229,8 @@ std::size_t findBadJointIndex(const osg::Vec4i *indices, std::size_t numVertices
 
 std::string DeformJob::validate(void) const
 {
+    if(deform::findBody(isa) == nullptr)
+        return std::string("no deformation body \"") + isa + "\" on this machine";
     if(numVertices == 0)
         return std::string();
     if(positions == nullptr || outPositions == nullptr || indices == nullptr || weights == nullptr)
@@ -238,11 +239,40 @@ std::string DeformJob::validate(void) const
         return "normals and their output must both be given or both be absent";
     if(numMatrices == 0 || matrices == nullptr)
         return "no deformer matrices";
-    const std::size_t bad = findBadJointIndex(indices, numVertices, numMatrices);
-    if(bad != numVertices)
-        return "vertex " + std::to_string(bad) + " uses a joint index outside 0.." +
-               std::to_string(numMatrices - 1);
+    if(!indicesChecked)
+    {
+        const std::size_t bad = findBadJointIndex(indices, numVertices, numMatrices);
+        if(bad != numVertices)
+            return "vertex " + std::to_string(bad) + " uses a joint index outside 0.." +
+                   std::to_string(numMatrices - 1);
+    }
     return std::string();
+}
+
+namespace {
+
+// Outputs above this size are written around the caches: they would not stay there anyway, and
+// streaming saves reading each line before it is overwritten.
+const std::size_t StreamingBytes = std::size_t(8) << 20;
+
+bool aligned64(const void *p)
+{
+    return reinterpret_cast<std::uintptr_t>(p) % 64 == 0;
+}
+
+} // namespace
+
+deform::Arrays DeformJob::arrays(void) const
+{
+    deform::Arrays a;
+    a.positions    = positions;
+    a.normals      = normals;
+    a.indices      = indices[0].getValues();
+    a.weights      = weights[0].getValues();
+    a.matrices     = matrices[0].getValues();
+    a.outPositions = outPositions;
+    a.outNormals   = outNormals;
+    return a;
 }
 
 bool DeformJob::run(void) const
@@ -251,146 +281,56 @@ bool DeformJob::run(void) const
         return false;
     if(numVertices == 0)
         return true;
+    const deform::Body *body = deform::findBody(isa);
+    deform::Arrays a = arrays();
+    const std::size_t outBytes = numVertices * 3 * sizeof(float) * (normals != nullptr ? 2 : 1);
+    a.stream = body->canStream && aligned64(outPositions) && aligned64(outNormals) &&
+               (stores == StoresStreaming || (stores == StoresAuto && outBytes > StreamingBytes));
     // Fixed ranges of about 1/256 of the work per task unless told otherwise: small enough to
     // balance two to eight threads, large enough to keep the per-task cost out of the figures.
     std::size_t g = grain;
     if(g == 0)
         g = std::max<std::size_t>(1024, numVertices / 256);
-    tbb::parallel_for(tbb::blocked_range<std::size_t>(0, numVertices, g),
-        [this](const tbb::blocked_range<std::size_t> &r) { runRange(r.begin(), r.end()); },
-        tbb::static_partitioner());
+    try
+    {
+        // The wide bodies read a joint's matrix as one cache line.
+        std::vector<float, tbb::cache_aligned_allocator<float>> lined;
+        if(!aligned64(a.matrices))
+        {
+            lined.assign(a.matrices, a.matrices + 16 * numMatrices);
+            a.matrices = lined.data();
+        }
+        tbb::parallel_for(tbb::blocked_range<std::size_t>(0, numVertices, g),
+            [&a, body](const tbb::blocked_range<std::size_t> &r) { body->range(a, r.begin(), r.end()); },
+            tbb::static_partitioner());
+    }
+    catch(...)
+    {
+        return false;
+    }
     return true;
 }
 
-#if SKSKIN_SSE2
-
-namespace {
-
-inline __m128 splat(__m128 v, int lane)
-{
-    switch(lane)
-    {
-        case 0:  return _mm_shuffle_ps(v, v, _MM_SHUFFLE(0, 0, 0, 0));
-        case 1:  return _mm_shuffle_ps(v, v, _MM_SHUFFLE(1, 1, 1, 1));
-        case 2:  return _mm_shuffle_ps(v, v, _MM_SHUFFLE(2, 2, 2, 2));
-        default: return _mm_shuffle_ps(v, v, _MM_SHUFFLE(3, 3, 3, 3));
-    }
-}
-
-// a x b in lanes 0..2 (lane 3 is 0).
-inline __m128 cross(__m128 a, __m128 b)
-{
-    const __m128 aYZX = _mm_shuffle_ps(a, a, _MM_SHUFFLE(3, 0, 2, 1));
-    const __m128 bYZX = _mm_shuffle_ps(b, b, _MM_SHUFFLE(3, 0, 2, 1));
-    const __m128 c    = _mm_sub_ps(_mm_mul_ps(a, bYZX), _mm_mul_ps(aYZX, b));
-    return _mm_shuffle_ps(c, c, _MM_SHUFFLE(3, 0, 2, 1));
-}
-
-inline void store3(float *dst, __m128 v)
-{
-    _mm_storel_pi(reinterpret_cast<__m64 *>(dst), v);
-    _mm_store_ss(dst + 2, _mm_movehl_ps(v, v));
-}
-
-} // namespace
-
 void DeformJob::runRange(std::size_t begin, std::size_t end) const
 {
-    const float *mats = matrices[0].getValues();   // 16 floats per matrix, column by column
-    for(std::size_t v = begin; v < end; ++v)
-    {
-        const Int32  *ji = indices[v].getValues();
-        const __m128  w  = _mm_loadu_ps(weights[v].getValues());
-        __m128 c0, c1, c2, c3;
-        {
-            const float *m  = mats + std::size_t(ji[0]) * 16;
-            const __m128 wk = splat(w, 0);
-            c0 = _mm_mul_ps(wk, _mm_loadu_ps(m));
-            c1 = _mm_mul_ps(wk, _mm_loadu_ps(m + 4));
-            c2 = _mm_mul_ps(wk, _mm_loadu_ps(m + 8));
-            c3 = _mm_mul_ps(wk, _mm_loadu_ps(m + 12));
-        }
-        for(int k = 1; k < 4; ++k)
-        {
-            const float *m  = mats + std::size_t(ji[k]) * 16;
-            const __m128 wk = splat(w, k);
-            c0 = _mm_add_ps(c0, _mm_mul_ps(wk, _mm_loadu_ps(m)));
-            c1 = _mm_add_ps(c1, _mm_mul_ps(wk, _mm_loadu_ps(m + 4)));
-            c2 = _mm_add_ps(c2, _mm_mul_ps(wk, _mm_loadu_ps(m + 8)));
-            c3 = _mm_add_ps(c3, _mm_mul_ps(wk, _mm_loadu_ps(m + 12)));
-        }
-        const float *p = positions + 3 * v;
-        __m128 q = _mm_add_ps(_mm_mul_ps(c0, _mm_set1_ps(p[0])), _mm_mul_ps(c1, _mm_set1_ps(p[1])));
-        q = _mm_add_ps(q, _mm_mul_ps(c2, _mm_set1_ps(p[2])));
-        q = _mm_add_ps(q, c3);
-        store3(outPositions + 3 * v, q);
-
-        if(normals != nullptr)
-        {
-            // Rows of the inverse of the upper 3x3 [c0 c1 c2] are the cross products of its
-            // columns over the determinant; applied transposed, they take the normal.
-            const __m128 x12 = cross(c1, c2);
-            const __m128 x20 = cross(c2, c0);
-            const __m128 x01 = cross(c0, c1);
-            const __m128 d4  = _mm_mul_ps(c0, x12);
-            const __m128 det = _mm_add_ps(_mm_add_ps(splat(d4, 0), splat(d4, 1)), splat(d4, 2));
-            const float *n   = normals + 3 * v;
-            __m128 r = _mm_add_ps(_mm_mul_ps(x12, _mm_set1_ps(n[0])), _mm_mul_ps(x20, _mm_set1_ps(n[1])));
-            r = _mm_add_ps(r, _mm_mul_ps(x01, _mm_set1_ps(n[2])));
-            store3(outNormals + 3 * v, _mm_div_ps(r, det));
-        }
-    }
+    const deform::Body *body = deform::findBody(isa);
+    if(body != nullptr && begin < end && end <= numVertices)
+        body->range(arrays(), begin, end);
 }
 
 const char *deformIsa(void)
 {
-    return "sse2";
+    return deform::findBody(nullptr)->name;
 }
 
-#else
-
-// The same arithmetic, in the same order, for targets without SSE2.
-void DeformJob::runRange(std::size_t begin, std::size_t end) const
+std::vector<std::string> deformIsas(void)
 {
-    const float *mats = matrices[0].getValues();
-    for(std::size_t v = begin; v < end; ++v)
-    {
-        const Int32 *ji = indices[v].getValues();
-        const float *w  = weights[v].getValues();
-        float c[16];
-        const float *m0 = mats + std::size_t(ji[0]) * 16;
-        for(int e = 0; e < 16; ++e)
-            c[e] = w[0] * m0[e];
-        for(int k = 1; k < 4; ++k)
-        {
-            const float *m = mats + std::size_t(ji[k]) * 16;
-            for(int e = 0; e < 16; ++e)
-                c[e] = c[e] + w[k] * m[e];
-        }
-        const float *p = positions + 3 * v;
-        float *q = outPositions + 3 * v;
-        for(int r = 0; r < 3; ++r)
-            q[r] = ((c[r] * p[0] + c[4 + r] * p[1]) + c[8 + r] * p[2]) + c[12 + r];
-        if(normals != nullptr)
-        {
-            const float *a = c, *b = c + 4, *d = c + 8;
-            float x12[3] = { b[1] * d[2] - b[2] * d[1], b[2] * d[0] - b[0] * d[2], b[0] * d[1] - b[1] * d[0] };
-            float x20[3] = { d[1] * a[2] - d[2] * a[1], d[2] * a[0] - d[0] * a[2], d[0] * a[1] - d[1] * a[0] };
-            float x01[3] = { a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0] };
-            const float det = (a[0] * x12[0] + a[1] * x12[1]) + a[2] * x12[2];
-            const float *n = normals + 3 * v;
-            float *o = outNormals + 3 * v;
-            for(int r = 0; r < 3; ++r)
-                o[r] = ((x12[r] * n[0] + x20[r] * n[1]) + x01[r] * n[2]) / det;
-        }
-    }
+    std::size_t n = 0;
+    const deform::Body *list = deform::bodies(&n);
+    std::vector<std::string> names;
+    for(std::size_t i = 0; i < n; ++i)
+        names.push_back(list[i].name);
+    return names;
 }
-
-const char *deformIsa(void)
-{
-    return "scalar";
-}
-
-#endif
 
 } // namespace skskin

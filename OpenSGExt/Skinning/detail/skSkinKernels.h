@@ -11,8 +11,13 @@
 
 #include <cstddef>
 #include <string>
+#include <vector>
 
 namespace skskin {
+
+namespace deform {
+struct Arrays;
+}
 
 /*! One joint's list of (vertex, weight) entries. */
 struct JointWeights
@@ -65,30 +70,52 @@ std::size_t findBadJointIndex(const osg::Vec4i *indices, std::size_t numVertices
     and outNormals may both be null). matrices: numMatrices deformer matrices; every joint index
     must be in range (findBadJointIndex). Position: M * (p, 1); normal: the inverse transpose of
     M's upper 3x3 applied to n, not renormalised (inf/NaN where M is singular). The work is split
-    with a static partitioner at the given grain (0: automatic). */
+    with a static partitioner at the given grain (0: automatic).
+
+    The body is the widest instruction set the machine runs (deformIsa) unless isa names
+    another of deformIsas(). One body gives the same bytes for any split of the work; bodies
+    differ in rounding (the wide ones fuse multiply-adds). */
 struct DeformJob
 {
-    const float       *positions    = nullptr;
-    const float       *normals      = nullptr;
-    const osg::Vec4i  *indices      = nullptr;
-    const osg::Vec4f  *weights      = nullptr;
-    const osg::Matrix *matrices     = nullptr;
-    std::size_t        numMatrices  = 0;
-    std::size_t        numVertices  = 0;
-    float             *outPositions = nullptr;
-    float             *outNormals   = nullptr;
-    std::size_t        grain        = 0;
+    enum Stores
+    {
+        StoresAuto,        // streaming for outputs too large to stay in the caches
+        StoresCached,
+        StoresStreaming    // non-temporal, where the body has them and the outputs are aligned
+    };
+
+    const float       *positions      = nullptr;
+    const float       *normals        = nullptr;
+    const osg::Vec4i  *indices        = nullptr;
+    const osg::Vec4f  *weights        = nullptr;
+    const osg::Matrix *matrices       = nullptr;
+    std::size_t        numMatrices    = 0;
+    std::size_t        numVertices    = 0;
+    float             *outPositions   = nullptr;
+    float             *outNormals     = nullptr;
+    std::size_t        grain          = 0;
+    const char        *isa            = nullptr;   // null: the best
+    Stores             stores         = StoresAuto;
+    bool               indicesChecked = false;     // the caller ran findBadJointIndex on them
 
     /*! Empty when the job can run, else what is wrong. */
     std::string validate(void) const;
-    /*! Runs a valid job; false (nothing written) for an invalid one. */
+    /*! Runs a valid job; false (nothing written) for an invalid one. An exception within the
+        parallel work (none is expected) is caught: false, the outputs then partly written. */
     bool run(void) const;
-    /*! The per-vertex body on [begin, end), on the calling thread; the same code run() uses. */
+    /*! The per-vertex body on [begin, end), on the calling thread; the same code run() uses
+        (with cached stores). The job must be valid. */
     void runRange(std::size_t begin, std::size_t end) const;
+
+  private:
+    deform::Arrays arrays(void) const;
 };
 
-/*! Name of the vector instruction set the deformation body uses ("sse2" or "scalar"). */
+/*! Name of the instruction set the deformation uses by default: "avx512", "avx2", "sse2" or
+    "scalar". */
 const char *deformIsa(void);
+/*! Every body this machine can run, best first. */
+std::vector<std::string> deformIsas(void);
 
 } // namespace skskin
 
