@@ -5,6 +5,8 @@
 #include <OpenSG/OSGField.h>
 #include <OpenSG/OSGLog.h>
 
+#include "detail/ContainerHeap.h"
+
 #include <algorithm>
 #include <iostream>
 #include <ostream>
@@ -200,6 +202,25 @@ void FieldContainer::subRef(void)
 {
     if(_refCount.fetch_sub(1, std::memory_order_acq_rel) <= 1)
         destroy();
+}
+
+void *FieldContainer::operator new(size_t bytes)
+{
+#ifdef SKOSG_HEAP_ASAN
+    // The sanitizer's own heap keeps its use-after-free checks on containers.
+    return ::operator new(bytes);
+#else
+    return detail::ContainerHeap::allocate(bytes);
+#endif
+}
+
+void FieldContainer::operator delete(void *block) noexcept
+{
+#ifdef SKOSG_HEAP_ASAN
+    ::operator delete(block);
+#else
+    detail::ContainerHeap::release(block);
+#endif
 }
 
 namespace {
