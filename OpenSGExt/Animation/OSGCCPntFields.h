@@ -108,7 +108,10 @@ struct FieldDataTraits<CCPnt>
     }
 
   private:
-    static constexpr UInt64 Chunk = 256;
+    // Not 256: a buffer of exactly two 4 KB pages would keep the same page offset to the stream
+    // for a whole field, and an unlucky offset (the stack is placed at random) makes each load
+    // wait on a store it only seems to alias, halving the speed for the whole run.
+    static constexpr UInt64 Chunk = 255;
 };
 
 typedef SField<CCPnt> SFCCPnt;

@@ -229,7 +229,7 @@ void ContainerHeap::release(void *block) noexcept
             p->blockBytes = 0;
             s.freePages.push(p);
             --s.usedPages;
-            if(--p->segment->usedPages == 0 && ++s.emptySegments > 1)
+            if(--p->segment->usedPages == 0 && ++s.emptySegments > ContainerHeap::KeptEmpty)
                 unmapSegment(s, p->segment);
             return;
         }

@@ -9,8 +9,9 @@
 //
 // A segment (2 MB, aligned to its size) is cut into pages of 64 KB; a page serves one size
 // class (multiples of a cache line) and goes back to the segment when its last block is freed,
-// so a size class in use costs a page, not a segment. A segment whose pages are all free is
-// returned to the system, except the last one. Blocks larger than a quarter page come from the
+// so a size class in use costs a page, not a segment. Segments whose pages are all free go back
+// to the system, except a few kept for the next burst: a scene built and dropped again and again
+// would otherwise pay fresh huge-page faults each time. Blocks larger than a quarter page come from the
 // general heap. One lock guards it all: containers are made and dropped far less often than
 // they are walked.
 
@@ -34,6 +35,7 @@ class ContainerHeap
     static constexpr size_t PageBytes    = size_t(64) << 10;
     static constexpr size_t LineBytes    = 64;
     static constexpr size_t LargestBlock = PageBytes / 4;
+    static constexpr size_t KeptEmpty    = 8; // empty segments kept mapped
 
     /*! A block of at least bytes, aligned to a cache line; throws std::bad_alloc when the
         system has no memory left, as operator new does. */
@@ -44,7 +46,7 @@ class ContainerHeap
 
     struct Stats
     {
-        size_t segments;   // mapped segments, the kept empty one included
+        size_t segments;   // mapped segments, kept empty ones included
         size_t usedPages;  // pages serving a size class
         size_t liveBlocks; // blocks handed out from pages
         size_t largeBlocks;

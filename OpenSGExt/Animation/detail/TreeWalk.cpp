@@ -11,7 +11,7 @@ namespace {
 // How many queue entries ahead the breadth-first reading starts loading a node (its identity
 // and children header) and, later, its children array: far enough to cover a miss to memory at
 // a few nanoseconds per entry, near enough that the lines are still in the first-level cache.
-const size_t NodeAhead     = 16;
+const size_t NodeAhead     = 48;
 const size_t ChildrenAhead = 6;
 
 bool taken(const Node *node, bool animOnly)
