@@ -19,18 +19,19 @@
 using namespace osg;
 using detail::ContainerHeap;
 
-namespace {
+namespace
+{
 
 struct Block
 {
     unsigned char *at;
-    size_t         bytes;
-    unsigned char  fill;
+    size_t bytes;
+    unsigned char fill;
 };
 
 Block take(size_t bytes, unsigned char fill)
 {
-    Block b{ static_cast<unsigned char *>(ContainerHeap::allocate(bytes)), bytes, fill };
+    Block b{static_cast<unsigned char *>(ContainerHeap::allocate(bytes)), bytes, fill};
     EXPECT_EQ(reinterpret_cast<uintptr_t>(b.at) % ContainerHeap::LineBytes, 0u) << bytes;
     std::memset(b.at, fill, bytes);
     return b;
@@ -57,10 +58,14 @@ size_t randomSize(std::mt19937 &rng)
 {
     switch(rng() % 4)
     {
-    case 0: return 1 + rng() % 64;
-    case 1: return 200 + rng() % 700;
-    case 2: return 1 + rng() % ContainerHeap::LargestBlock;
-    default: return ContainerHeap::LargestBlock - 8 + rng() % 64; // both sides of the limit
+    case 0:
+        return 1 + rng() % 64;
+    case 1:
+        return 200 + rng() % 700;
+    case 2:
+        return 1 + rng() % ContainerHeap::LargestBlock;
+    default:
+        return ContainerHeap::LargestBlock - 8 + rng() % 64; // both sides of the limit
     }
 }
 
@@ -69,8 +74,8 @@ size_t randomSize(std::mt19937 &rng)
 TEST(ContainerHeap, MixedSizesStayDisjointAndAllComesBack)
 {
     const ContainerHeap::Stats before = ContainerHeap::stats();
-    std::mt19937               rng(11);
-    std::vector<Block>         blocks;
+    std::mt19937 rng(11);
+    std::vector<Block> blocks;
     for(int round = 0; round < 3; ++round)
     {
         for(int i = 0; i < 20000; ++i)
@@ -84,17 +89,18 @@ TEST(ContainerHeap, MixedSizesStayDisjointAndAllComesBack)
             blocks.push_back(take(randomSize(rng), static_cast<unsigned char>(rng())));
         giveBack(blocks, rng);
     }
-    ContainerHeap::release(NULL);
+    ContainerHeap::release(nullptr);
     const ContainerHeap::Stats after = ContainerHeap::stats();
     EXPECT_EQ(after.liveBlocks, before.liveBlocks);
     EXPECT_EQ(after.largeBlocks, before.largeBlocks);
     EXPECT_EQ(after.usedPages, before.usedPages);
-    EXPECT_LE(after.segments, before.segments + ContainerHeap::KeptEmpty) << "empty segments stay mapped";
+    EXPECT_LE(after.segments, before.segments + ContainerHeap::KeptEmpty)
+        << "empty segments stay mapped";
 }
 
 TEST(ContainerHeap, FreedPagesServeOtherSizes)
 {
-    std::mt19937       rng(5);
+    std::mt19937 rng(5);
     std::vector<Block> blocks;
     for(int i = 0; i < 40000; ++i) // about 2.5 MB of the smallest class
         blocks.push_back(take(48, 0x5A));
@@ -109,25 +115,27 @@ TEST(ContainerHeap, FreedPagesServeOtherSizes)
 TEST(ContainerHeap, ThreadsShareIt)
 {
     const ContainerHeap::Stats before = ContainerHeap::stats();
-    std::vector<std::thread>   threads;
+    std::vector<std::thread> threads;
     for(unsigned t = 0; t < 4; ++t)
     {
-        threads.emplace_back([t] {
-            std::mt19937       rng(100 + t);
-            std::vector<Block> blocks;
-            for(int i = 0; i < 20000; ++i)
+        threads.emplace_back(
+            [t]
             {
-                blocks.push_back(take(randomSize(rng), static_cast<unsigned char>(t * 50 + i)));
-                if(rng() % 3 == 0)
+                std::mt19937 rng(100 + t);
+                std::vector<Block> blocks;
+                for(int i = 0; i < 20000; ++i)
                 {
-                    std::swap(blocks[rng() % blocks.size()], blocks.back());
-                    EXPECT_TRUE(intact(blocks.back()));
-                    ContainerHeap::release(blocks.back().at);
-                    blocks.pop_back();
+                    blocks.push_back(take(randomSize(rng), static_cast<unsigned char>(t * 50 + i)));
+                    if(rng() % 3 == 0)
+                    {
+                        std::swap(blocks[rng() % blocks.size()], blocks.back());
+                        EXPECT_TRUE(intact(blocks.back()));
+                        ContainerHeap::release(blocks.back().at);
+                        blocks.pop_back();
+                    }
                 }
-            }
-            giveBack(blocks, rng);
-        });
+                giveBack(blocks, rng);
+            });
     }
     for(std::thread &t : threads)
         t.join();
@@ -140,8 +148,8 @@ TEST(ContainerHeap, ContainersLiveThere)
     GTEST_SKIP() << "under AddressSanitizer containers use its heap";
 #else
     RefPtr<NodePtr> first(Node::create()); // the type's prototype may come with the first one
-    const size_t    before = ContainerHeap::stats().liveBlocks;
-    NodePtr         node   = Node::create();
+    const size_t before = ContainerHeap::stats().liveBlocks;
+    NodePtr node = Node::create();
     EXPECT_EQ(ContainerHeap::stats().liveBlocks, before + 1);
     EXPECT_EQ(reinterpret_cast<uintptr_t>(node.getCPtr()) % ContainerHeap::LineBytes, 0u);
     addRefCP(node);

@@ -25,23 +25,25 @@
 #endif
 #endif
 
-namespace osg {
-namespace detail {
+namespace osg
+{
+namespace detail
+{
 
 class ContainerHeap
 {
   public:
     static constexpr size_t SegmentBytes = size_t(2) << 20;
-    static constexpr size_t PageBytes    = size_t(64) << 10;
-    static constexpr size_t LineBytes    = 64;
+    static constexpr size_t PageBytes = size_t(64) << 10;
+    static constexpr size_t LineBytes = 64;
     static constexpr size_t LargestBlock = PageBytes / 4;
-    static constexpr size_t KeptEmpty    = 8; // empty segments kept mapped
+    static constexpr size_t KeptEmpty = 8; // empty segments kept mapped
 
     /*! A block of at least bytes, aligned to a cache line; throws std::bad_alloc when the
         system has no memory left, as operator new does. */
     static void *allocate(size_t bytes);
 
-    /*! Frees a block from allocate; NULL is ignored. */
+    /*! Frees a block from allocate; a null pointer is ignored. */
     static void release(void *block) noexcept;
 
     struct Stats
